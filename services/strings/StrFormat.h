@@ -1,0 +1,28 @@
+#pragma once
+// Byte-string and text helpers. A byte string is a std::string whose chars each hold one byte.
+// Positions are 1-based, as everywhere in the plug-in's texts.
+
+#include <cstdint>
+#include <string>
+
+namespace zol {
+
+namespace StrFormat {
+// Pairs of hex digits to bytes. An odd length gets a "0" appended, in the caller's own text. Any
+// other character shows "Hex String " + the text (critical, "Unexpected Error") and halts.
+std::string HexToBytes(std::string& hex);
+std::string BytesToHex(const std::string& data, const std::string& separator);
+// High byte at `position`, low byte at the next; a position beyond the data raises run-time error 5.
+int32_t WordAt(const std::string& data, int16_t position, bool isSigned);
+} // namespace StrFormat
+
+namespace Text {
+std::string QuoteText(const std::string& value);
+// Item `item` (from 1) of `source` split at `delimiter`; empty past the end.
+std::string ItemOf(const std::string& source, int16_t item, const std::string& delimiter);
+} // namespace Text
+
+// "$" + four upper-case hex digits (the last four).
+std::string FormatPID(int64_t value);
+
+} // namespace zol

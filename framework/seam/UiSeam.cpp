@@ -1,5 +1,7 @@
 #include "framework/seam/UiSeam.h"
 
+#include "framework/seam/Product.h"
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -61,6 +63,6 @@ Ui* SetUi(Ui* impl) {
     return previous;
 }
 
-const char* AppTitle() { return "DMX-ZOL"; }
+const char* AppTitle() { return product::kTitle; }
 
 } // namespace zol

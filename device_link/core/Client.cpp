@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <memory>
 
 namespace zol::Client {
@@ -116,12 +118,45 @@ DeviceLibrary* SetLibrary(DeviceLibrary* library) {
     return previous;
 }
 
-std::string PluginFolder() {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&PluginFolder), &info) == 0 || info.dli_fname == nullptr) {
-        return ".";
+namespace {
+
+// The file mapped at `address`, from the process's own map (always an absolute path), or from the
+// dynamic loader made absolute.
+std::string ModuleFileOf(const void* address) {
+    const auto where = reinterpret_cast<uintptr_t>(address);
+    if (std::FILE* maps = std::fopen("/proc/self/maps", "r")) {
+        char line[4096];
+        std::string found;
+        while (found.empty() && std::fgets(line, sizeof line, maps) != nullptr) {
+            unsigned long start = 0;
+            unsigned long end = 0;
+            int pathAt = 0;
+            if (std::sscanf(line, "%lx-%lx %*s %*s %*s %*s %n", &start, &end, &pathAt) >= 2 &&
+                where >= start && where < end && pathAt > 0 && line[pathAt] == '/') {
+                found = line + pathAt;
+                while (!found.empty() && (found.back() == '\n' || found.back() == '\r')) {
+                    found.pop_back();
+                }
+            }
+        }
+        std::fclose(maps);
+        if (!found.empty()) {
+            return found;
+        }
     }
-    const std::string path = info.dli_fname;
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || info.dli_fname == nullptr || *info.dli_fname == '\0') {
+        return {};
+    }
+    std::error_code ec;
+    const auto absolute = std::filesystem::absolute(info.dli_fname, ec);
+    return ec ? std::string(info.dli_fname) : absolute.string();
+}
+
+} // namespace
+
+std::string PluginFolder() {
+    const std::string path = ModuleFileOf(reinterpret_cast<const void*>(&PluginFolder));
     const auto slash = path.rfind('/');
     if (slash == std::string::npos) {
         return ".";

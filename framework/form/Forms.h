@@ -24,7 +24,18 @@ View* Add(const std::string& name);
 View* Find(const std::string& name);
 // The open views, oldest first.
 std::vector<View*> All();
-// For FormView: a view leaves the list as it is destroyed.
+// True while `view` is in the list of open views.
+bool IsOpen(const View* view);
+// For FormView: a view leaves the list as it is unloaded or destroyed.
 void Remove(View* view);
+// Unloads every open view, newest first, and deletes those waiting for deletion. Used when the
+// plug-in is released, so that no view outlives the code that made it.
+void UnloadAll();
+
+// The screen's size in twips (the primary screen; 800 x 600 pixels without a GUI application).
+float ScreenWidth();
+float ScreenHeight();
+// Tests: a fixed screen size in twips; a negative value goes back to the real screen.
+void SetScreenSizeForTest(float widthTwips, float heightTwips);
 
 } // namespace zol::Forms

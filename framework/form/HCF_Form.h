@@ -3,8 +3,8 @@
 // keeps the view's screen position under "<Name>_PosX"/"<Name>_PosY", carries a return code up
 // the chain of modal views, and stops a chain when the local device has gone away.
 
-#include "framework/seam/DataObject.h"
 #include "framework/form/View.h"
+#include "framework/seam/DataObject.h"
 
 #include <cstdint>
 #include <memory>
@@ -36,6 +36,9 @@ public:
 
 private:
     HCF_Form() = default;
+    // The trap of OpenForm: a chain failure leaves through BugOut of the new controller, anything
+    // else unloads the target; then the error goes on to the caller.
+    [[noreturn]] void HandleOpenFailure(const std::shared_ptr<HCF_Form>& made, View* target);
     View* linkFrm_ = nullptr;
     std::shared_ptr<HCF_Form> ancestor_;
     DataRef data_;

@@ -12,6 +12,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace zol::Client {
 
@@ -175,7 +176,7 @@ Bytes Command(uint8_t code, const Bytes& data) {
     bool waiting = false;
     double deadline = 0.0;
     Bytes response;
-    WaitClock clock;
+    std::optional<WaitClock> clock; // started by the first delayed answer
 
     for (;;) {
         s.lastQueued = false;
@@ -185,7 +186,7 @@ Bytes Command(uint8_t code, const Bytes& data) {
             buffer[1] = static_cast<uint8_t>(ByteAt(data, 0));
             length = 2;
             // The deadline is compared at single precision, as the time of day is kept.
-            while (static_cast<float>(clock.Now()) <= static_cast<float>(deadline)) {
+            while (static_cast<float>(clock->Now()) <= static_cast<float>(deadline)) {
                 loopClock().PumpEvents();
             }
         } else {
@@ -229,7 +230,10 @@ Bytes Command(uint8_t code, const Bytes& data) {
         case kStatusWait: {
             ui().SetMousePointer(kPointerHourglass);
             const int tenths = buffer[0] * 256 + buffer[1];
-            deadline = clock.Now() + tenths / 10.0;
+            if (!clock) {
+                clock.emplace();
+            }
+            deadline = clock->Now() + tenths / 10.0;
             waiting = true;
             continue;
         }

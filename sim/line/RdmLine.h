@@ -38,6 +38,10 @@ public:
 
     // Back to the state the rig describes (SIM_Control "reset").
     virtual void Reset() = 0;
+
+    // The UID the firmware's requests come from: the device's own. Until it is set the line uses
+    // 6B72:00000001.
+    virtual void SetControllerUid(uint64_t uid) { (void)uid; }
 };
 
 } // namespace zol::sim

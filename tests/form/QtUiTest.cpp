@@ -1,0 +1,108 @@
+// The Qt message boxes, input box and mouse pointer of the UI seam, answered by timers.
+#include "framework/form/QtUi.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace zol {
+namespace {
+
+// Runs `act` on the message box once it is up.
+void WhenBoxShows(std::function<void(QMessageBox&)> act) {
+    QTimer::singleShot(30, [act] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        act(*box);
+    });
+}
+
+TEST(QtUiTest, ClosingAYesNoCancelBoxAnswersCancel) {
+    QtUi ui;
+    QString title;
+    QString text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    WhenBoxShows([&](QMessageBox& box) {
+        title = box.windowTitle();
+        text = box.text();
+        icon = box.icon();
+        EXPECT_NE(box.button(QMessageBox::Yes), nullptr);
+        EXPECT_NE(box.button(QMessageBox::No), nullptr);
+        EXPECT_NE(box.button(QMessageBox::Cancel), nullptr);
+        box.close();
+    });
+    const int answer = ui.MsgBox("First line\r\nSecond line", vb::YesNoCancel | vb::Question,
+                                 std::string("Standard Derogation"));
+    EXPECT_EQ(answer, vb::Cancel);
+    EXPECT_EQ(title, "Standard Derogation");
+    EXPECT_EQ(text, "First line\nSecond line");
+    EXPECT_EQ(icon, QMessageBox::Question);
+}
+
+TEST(QtUiTest, ClickingRetryAnswersRetry) {
+    QtUi ui;
+    WhenBoxShows([](QMessageBox& box) { box.button(QMessageBox::Retry)->click(); });
+    EXPECT_EQ(ui.MsgBox("Local device is not responding", vb::RetryCancel | vb::Question, std::string("t")),
+              vb::Retry);
+}
+
+TEST(QtUiTest, ClosingAnOkOnlyBoxAnswersOkAndTheTitleDefaultsToTheApplications) {
+    QtUi ui;
+    QString title;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    WhenBoxShows([&](QMessageBox& box) {
+        title = box.windowTitle();
+        icon = box.icon();
+        box.close();
+    });
+    EXPECT_EQ(ui.MsgBox("Hello", vb::Critical), vb::OK);
+    EXPECT_EQ(title, QString::fromLatin1(AppTitle()));
+    EXPECT_EQ(icon, QMessageBox::Critical);
+}
+
+TEST(QtUiTest, TheDefaultButtonFollowsTheStyle) {
+    QtUi ui;
+    WhenBoxShows([](QMessageBox& box) {
+        EXPECT_EQ(box.defaultButton(), box.button(QMessageBox::No));
+        box.defaultButton()->click();
+    });
+    EXPECT_EQ(ui.MsgBox("?", vb::YesNo | vb::DefaultButton2), vb::No);
+}
+
+TEST(QtUiTest, MousePointerElevenIsTheWaitCursorAndReadsBack) {
+    QtUi ui;
+    ui.SetMousePointer(kPointerHourglass);
+    EXPECT_EQ(ui.MousePointer(), kPointerHourglass);
+    ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    ui.SetMousePointer(kPointerHourglass);
+    ui.SetMousePointer(kPointerDefault);
+    EXPECT_EQ(ui.MousePointer(), kPointerDefault);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST(QtUiTest, TheInputBoxGivesTheTextOrNothingWhenCancelled) {
+    QtUi ui;
+    QTimer::singleShot(30, [] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        dialog->setTextValue(QStringLiteral("typed"));
+        dialog->accept();
+    });
+    EXPECT_EQ(ui.InputBox("Name?", "Title", "x"), std::optional<std::string>("typed"));
+    QTimer::singleShot(30, [] {
+        auto* dialog = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        dialog->reject();
+    });
+    EXPECT_EQ(ui.InputBox("Name?", "Title", "x"), std::nullopt);
+}
+
+} // namespace
+} // namespace zol

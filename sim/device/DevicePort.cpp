@@ -38,6 +38,8 @@ constexpr uint32_t kMaxRead = 512;
 constexpr uint32_t kMemorySize = 0x10000;
 constexpr uint32_t kRegisterSize = 0x1000;
 constexpr uint32_t kStatusBlock = 0xE00;
+// Modelled time is a sum of floating steps; a moment less than this short of a mark counts as on it.
+constexpr double kTimeSlack = 1e-9;
 
 } // namespace
 
@@ -129,7 +131,7 @@ void DevicePort::Advance(double dt, double now) {
     if (!uploading_) {
         return;
     }
-    const double elapsed = now - uploadStart_;
+    const double elapsed = now - uploadStart_ + kTimeSlack;
     if (failPercent_ > 0) {
         // Progress p is reached at (p - 1) / 98 of the upload time.
         const double failAt = uploadSeconds_ * (failPercent_ - 1) / 98.0;
@@ -161,7 +163,7 @@ int32_t DevicePort::UploadState(double now) const {
     if (!uploading_) {
         return finalState_;
     }
-    const double elapsed = now - uploadStart_;
+    const double elapsed = now - uploadStart_ + kTimeSlack;
     if (elapsed < uploadSeconds_) {
         const int p = 1 + static_cast<int>(std::floor(98.0 * elapsed / uploadSeconds_));
         return std::clamp(p, 1, 99);
@@ -262,7 +264,7 @@ int32_t DevicePort::ReadInput(std::string& response, double now) {
     }
     hadSignal_ = true;
     lossReported_ = false;
-    const auto received = static_cast<uint64_t>(rxFrames_);
+    const auto received = Whole(rxFrames_);
     if (received == rxSeen_) {
         return status::kDone; // no frame since the last read
     }

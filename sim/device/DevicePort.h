@@ -75,8 +75,8 @@ public:
     LineMode Mode() const { return mode_; }
     uint8_t StartCode() const { return startCode_; }
     const std::array<uint8_t, kSlots>& Frame() const { return frame_; }
-    uint64_t FramesSent() const { return static_cast<uint64_t>(txFrames_); }
-    uint64_t FramesReceived() const { return static_cast<uint64_t>(rxTotal_); }
+    uint64_t FramesSent() const { return Whole(txFrames_); }
+    uint64_t FramesReceived() const { return Whole(rxTotal_); }
     uint64_t Commands() const { return commands_; }
     uint64_t InputReads() const { return inputReads_; }
     int FrameRate() const { return rate_; }
@@ -93,6 +93,8 @@ public:
     bool LineControl(const std::string& command, std::string& reply);
 
 private:
+    // Frames counted from a sum of floating steps: a hair short of a whole frame is that frame.
+    static uint64_t Whole(double frames) { return static_cast<uint64_t>(frames + 1e-6); }
     int32_t SetFrameRate(int value);
     int32_t SetRxTimeout(int value);
     int32_t ReadInput(std::string& response, double now);

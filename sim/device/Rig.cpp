@@ -50,12 +50,13 @@ public:
             return fallback;
         }
         const json& v = object_.at(key);
+        const std::string what = "must be a text of 1 to " + std::to_string(maxLength) + " characters";
         if (!v.is_string()) {
-            Fail(Place(key), "must be a text");
+            Fail(Place(key), what);
         }
         auto s = v.get<std::string>();
         if (s.empty() || s.size() > maxLength) {
-            Fail(Place(key), "must be a text of 1 to " + std::to_string(maxLength) + " characters");
+            Fail(Place(key), what);
         }
         return s;
     }

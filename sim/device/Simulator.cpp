@@ -212,16 +212,15 @@ double Simulator::WallSeconds() const {
 void Simulator::Tick() {
     EnsureLoaded();
     if (!manual_) {
-        AdvanceTo(WallSeconds());
+        AdvanceBy(WallSeconds() - now_);
     }
 }
 
-void Simulator::AdvanceTo(double now) {
-    const double dt = now - now_;
-    if (dt < 0) {
+void Simulator::AdvanceBy(double dt) {
+    if (dt <= 0) {
         return;
     }
-    now_ = now;
+    now_ += dt;
     for (auto& port : ports_) {
         port->Advance(dt, now_);
     }
@@ -293,7 +292,8 @@ int32_t Simulator::Command(uint8_t* buffer, int32_t* length) {
         std::memcpy(buffer, response.data(), response.size());
         *length = static_cast<int32_t>(response.size());
     }
-    TraceLine("KDI_Command " + Hex(request) + " -> " + std::to_string(rc) + " | " + Hex(response));
+    TraceLine("KDI_Command " + Hex(request) + " -> " + std::to_string(rc) + " |" +
+              (response.empty() ? "" : " " + Hex(response)));
     return rc;
 }
 
@@ -568,7 +568,7 @@ int32_t Simulator::ControlText(const std::string& command, std::string& reply) {
             if (!manual_) {
                 simBase_ += seconds;
             }
-            AdvanceTo(now_ + seconds);
+            AdvanceBy(seconds);
             reply = std::to_string(now_);
             return 0;
         }
@@ -648,7 +648,12 @@ int32_t Simulator::PortControl(DevicePort& port, const std::vector<std::string>&
             reply = "the RDM line is not part of this build";
             return -1;
         }
-        return port.LineControl(rest, reply) ? 0 : -1;
+        if (!port.LineControl(rest, reply)) {
+            reply = "unknown command: " + rest + " (try help)";
+            return -1;
+        }
+        // The line answers a malformed command with a reply that starts "error:".
+        return reply.rfind("error:", 0) == 0 ? -1 : 0;
     }
     if (verb == "unplug" && n == 1) {
         unplugged_[i] = true;

@@ -74,7 +74,7 @@ private:
     void LoadRig(const std::string& path); // empty: the built-in rig
     void WireLoopbacks();
     void Tick();
-    void AdvanceTo(double now);
+    void AdvanceBy(double seconds);
     double WallSeconds() const;
     bool Fault(const std::string& function, int32_t& code);
     int32_t Fail(int32_t code, const std::string& why);

@@ -8,12 +8,12 @@ namespace zol::test {
 
 std::string BinDir() {
     const char* dir = std::getenv("ZOL_BUILD_DIR");
-    return std::string(dir ? dir : ".") + "/bin";
+    return std::string(dir ? dir : ZOL_TEST_BUILD_DIR) + "/bin";
 }
 
 std::string SourceDir() {
     const char* dir = std::getenv("ZOL_SOURCE_DIR");
-    return dir ? dir : ".";
+    return dir ? dir : ZOL_TEST_SOURCE_DIR;
 }
 
 void PumpFor(int ms) {

@@ -182,8 +182,12 @@ RdmValue RDM_Call::Get(const RdmValue* param) {
     const std::string source = "RDM_Call.GetValue";
     int32_t code = 0;
     try {
-        // A GET never writes to its parameter.
-        return Exchange(false, const_cast<RdmValue*>(param), false);
+        // A GET never writes to its parameter; the exchange works on a copy.
+        std::optional<RdmValue> copy;
+        if (param != nullptr) {
+            copy = *param;
+        }
+        return Exchange(false, copy ? &*copy : nullptr, false);
     } catch (const std::exception&) {
         code = ErrTrap::Capture(std::current_exception());
     }

@@ -292,8 +292,10 @@ int32_t Simulator::Command(uint8_t* buffer, int32_t* length) {
         std::memcpy(buffer, response.data(), response.size());
         *length = static_cast<int32_t>(response.size());
     }
-    TraceLine("KDI_Command " + Hex(request) + " -> " + std::to_string(rc) + " |" +
-              (response.empty() ? "" : " " + Hex(response)));
+    if (trace_.On()) {
+        TraceLine("KDI_Command " + Hex(request) + " -> " + std::to_string(rc) + " |" +
+                  (response.empty() ? "" : " " + Hex(response)));
+    }
     return rc;
 }
 
@@ -316,7 +318,9 @@ int32_t Simulator::OpenPort(int32_t index) {
     } else {
         open_ = index;
     }
-    TraceLine("KDI_OpenPort(" + std::to_string(index) + ") -> " + std::to_string(rc));
+    if (trace_.On()) {
+        TraceLine("KDI_OpenPort(" + std::to_string(index) + ") -> " + std::to_string(rc));
+    }
     return rc;
 }
 
@@ -334,7 +338,9 @@ int32_t Simulator::FreePort() {
         }
         open_ = 0;
     }
-    TraceLine("KDI_FreePort() -> " + std::to_string(rc));
+    if (trace_.On()) {
+        TraceLine("KDI_FreePort() -> " + std::to_string(rc));
+    }
     return rc;
 }
 
@@ -345,7 +351,9 @@ int32_t Simulator::PortCount() {
     if (!Fault("count", rc)) {
         rc = static_cast<int32_t>(ports_.size());
     }
-    TraceLine("KDI_PortCount() -> " + std::to_string(rc));
+    if (trace_.On()) {
+        TraceLine("KDI_PortCount() -> " + std::to_string(rc));
+    }
     return rc;
 }
 
@@ -364,8 +372,10 @@ int32_t Simulator::PortName(int32_t index, char* buffer, int32_t size) {
         rc = CopyOut(name, buffer, size);
         name.resize(static_cast<size_t>(rc));
     }
-    TraceLine("KDI_PortName(" + std::to_string(index) + ") -> " + std::to_string(rc) +
-              (rc >= 0 ? " " + Quote(name) : ""));
+    if (trace_.On()) {
+        TraceLine("KDI_PortName(" + std::to_string(index) + ") -> " + std::to_string(rc) +
+                  (rc >= 0 ? " " + Quote(name) : ""));
+    }
     return rc;
 }
 
@@ -376,8 +386,10 @@ int32_t Simulator::LastError(char* buffer, int32_t size) {
     if (buffer != nullptr && size > 0) {
         rc = CopyOut(lastError_, buffer, size);
     }
-    TraceLine("KDI_LastError() -> " + std::to_string(rc) +
-              (rc >= 0 ? " " + Quote(lastError_.substr(0, static_cast<size_t>(rc))) : ""));
+    if (trace_.On()) {
+        TraceLine("KDI_LastError() -> " + std::to_string(rc) +
+                  (rc >= 0 ? " " + Quote(lastError_.substr(0, static_cast<size_t>(rc))) : ""));
+    }
     return rc;
 }
 
@@ -393,8 +405,10 @@ int32_t Simulator::Version(char* buffer, int32_t size) {
     } else {
         rc = CopyOut(text, buffer, size);
     }
-    TraceLine("KDI_Version() -> " + std::to_string(rc) +
-              (rc >= 0 ? " " + Quote(text.substr(0, static_cast<size_t>(rc))) : ""));
+    if (trace_.On()) {
+        TraceLine("KDI_Version() -> " + std::to_string(rc) +
+                  (rc >= 0 ? " " + Quote(text.substr(0, static_cast<size_t>(rc))) : ""));
+    }
     return rc;
 }
 
@@ -447,7 +461,9 @@ int32_t Simulator::Reprogram(const char* path) {
             }
         }
     }
-    TraceLine("KDI_Reprogram(" + Quote(path != nullptr ? path : "(null)") + ") -> " + std::to_string(rc));
+    if (trace_.On()) {
+        TraceLine("KDI_Reprogram(" + Quote(path != nullptr ? path : "(null)") + ") -> " + std::to_string(rc));
+    }
     return rc;
 }
 
@@ -467,7 +483,9 @@ int32_t Simulator::ProgState() {
     } else {
         rc = port->UploadState(now_);
     }
-    TraceLine("KDI_ProgState() -> " + std::to_string(rc));
+    if (trace_.On()) {
+        TraceLine("KDI_ProgState() -> " + std::to_string(rc));
+    }
     return rc;
 }
 
@@ -483,8 +501,10 @@ int32_t Simulator::Control(const char* command, char* reply, int32_t size) {
     if (reply != nullptr && size > 0) {
         CopyOut(text, reply, size);
     }
-    TraceLine("SIM_Control(" + Quote(command != nullptr ? command : "(null)") + ") -> " + std::to_string(rc) +
-              " " + Quote(text.size() > 200 ? text.substr(0, 200) + "..." : text));
+    if (trace_.On()) {
+        TraceLine("SIM_Control(" + Quote(command != nullptr ? command : "(null)") + ") -> " +
+                  std::to_string(rc) + " " + Quote(text.size() > 200 ? text.substr(0, 200) + "..." : text));
+    }
     return rc < 0 ? rc : static_cast<int32_t>(text.size());
 }
 

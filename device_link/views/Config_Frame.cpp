@@ -62,7 +62,6 @@ Config_Frame::Config_Frame(QWidget* parent) : FormView(kName, parent) {
         box->setObjectName(QString::fromUtf8(spec.box));
         box->setToolTip(QString::fromUtf8(spec.tip));
         box->setFixedWidth(64);
-        box->setAlignment(Qt::AlignRight);
         auto* unit = new QLabel(QString::fromUtf8(spec.tip), this);
         unit->setObjectName(QStringLiteral("Label_Unit_%1").arg(i));
         unit->setStyleSheet(QStringLiteral("color: #555;"));

@@ -96,6 +96,7 @@ Config_Prog::Config_Prog(QWidget* parent) : FormView(kName, parent) {
     layout->addLayout(state);
     layout->addStretch(1);
     layout->addLayout(bottom);
+    setMinimumWidth(380);
     resize(380, 170);
 
     timerUpdate_ = new QTimer(this);

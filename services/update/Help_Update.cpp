@@ -81,6 +81,7 @@ Help_Update::Help_Update(QWidget* parent) : FormView(kName, parent) {
     layout->addSpacing(8);
     layout->addWidget(labelAdvice_, 1);
     layout->addLayout(bottom);
+    setMinimumWidth(420);
     resize(420, 170);
 
     winsock_ = new QTcpSocket(this);

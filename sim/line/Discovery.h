@@ -46,7 +46,7 @@ struct DiscoveryOptions {
     bool upperFirst = true;     // probe the upper half of a split first
     bool inferBusy = true;      // an empty first half means the other half collides
     int mergeLevels = 1;        // after a find, levels to climb by joining the unexplored sibling
-    uint64_t directMuteMax = 2; // ranges of at most this many UIDs are muted UID by UID (1 = leaves)
+    uint64_t directMuteMax = 4; // ranges of at most this many UIDs are muted UID by UID (1 = leaves)
 
     static DiscoveryOptions Classic() { return {false, false, 0, 1}; }
 };

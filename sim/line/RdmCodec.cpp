@@ -115,9 +115,13 @@ const char* DecodeErrorText(DecodeError error) {
 }
 
 uint16_t Checksum(const Bytes& bytes) {
+    return Checksum(bytes, bytes.size());
+}
+
+uint16_t Checksum(const Bytes& bytes, size_t length) {
     uint32_t sum = 0;
-    for (unsigned char c : bytes)
-        sum += c;
+    for (size_t i = 0; i < length && i < bytes.size(); ++i)
+        sum += uint8_t(bytes[i]);
     return uint16_t(sum & 0xFFFF);
 }
 
@@ -186,7 +190,7 @@ DecodeError Decode(const Bytes& bytes, Packet& packet) {
     const size_t pdl = uint8_t(bytes[23]);
     if (kHeaderSize + pdl != length)
         return DecodeError::PdlMismatch;
-    if (Checksum(bytes.substr(0, length)) != GetU16(bytes, length))
+    if (Checksum(bytes, length) != GetU16(bytes, length))
         return DecodeError::Checksum;
     packet.destination = GetUid(bytes, 3);
     packet.source = GetUid(bytes, 9);

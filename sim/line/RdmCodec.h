@@ -159,6 +159,8 @@ const char* DecodeErrorText(DecodeError error);
 
 // The 16-bit additive checksum of `bytes` (sum of all byte values, modulo 65536).
 uint16_t Checksum(const Bytes& bytes);
+// The same over the first `length` bytes.
+uint16_t Checksum(const Bytes& bytes, size_t length);
 
 // The whole message: header, parameter data, checksum. The message length is computed; a
 // parameter data longer than 231 bytes throws std::invalid_argument.

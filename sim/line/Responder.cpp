@@ -470,14 +470,32 @@ Responder::Reply Responder::Overflowing(const Request& request, const PidEntry& 
     return out;
 }
 
-bool Responder::Receive(const Bytes& incoming, Transmission& out) {
+bool Responder::Receive(const Bytes& incoming, Transmission& out, bool intact) {
     if (!connected_)
         return false;
-    Bytes bytes = incoming;
-    if (random_.Chance(config_.faults.requestErrors))
-        CorruptPacket(bytes, random_);
+    Bytes corrupted;
+    const Bytes* bytes = &incoming;
+    if (random_.Chance(config_.faults.requestErrors)) {
+        corrupted = incoming;
+        CorruptPacket(corrupted, random_);
+        bytes = &corrupted;
+    }
+    // A good packet for somebody else, or a DUB that does not cover this UID or finds it muted,
+    // needs no closer look.
+    if (intact && bytes == &incoming) {
+        const Uid destination = rdm::GetUid(incoming, 3);
+        if (destination != config_.uid && destination != kBroadcastUid &&
+            destination != VendorcastUid(ManufacturerOf(config_.uid)))
+            return false;
+    }
+    if (intact && bytes == &incoming && uint8_t(incoming[20]) == kDiscovery &&
+        GetU16(incoming, 21) == DISC_UNIQUE_BRANCH && incoming.size() == kHeaderSize + 14 &&
+        !config_.faults.babble &&
+        (muted_ || config_.uid < rdm::GetUid(incoming, kHeaderSize) ||
+         config_.uid > rdm::GetUid(incoming, kHeaderSize + 6)))
+        return false;
     Packet packet;
-    switch (Decode(bytes, packet)) {
+    switch (Decode(*bytes, packet)) {
     case DecodeError::None:
         break;
     case DecodeError::Short:

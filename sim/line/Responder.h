@@ -62,8 +62,9 @@ public:
     Uid GetUid() const { return config_.uid; }
     const ResponderConfig& Config() const { return config_; }
 
-    // A packet on the wire. Returns true with `out` filled when the responder answers.
-    bool Receive(const Bytes& packet, Transmission& out);
+    // A packet on the wire. Returns true with `out` filled when the responder answers. `intact`
+    // tells that the packet is known to be well formed (the line checked it once for everyone).
+    bool Receive(const Bytes& packet, Transmission& out, bool intact = false);
 
     // Modelled time, in seconds from the start of the line.
     void AdvanceTo(double now);

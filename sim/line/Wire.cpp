@@ -33,15 +33,21 @@ WireResult Wire::Transmit(const Bytes& request, Kind kind) {
     ++stats_.requests;
     ++stats_.packets;
 
+    Packet decoded;
+    const bool intact = Decode(request, decoded) == DecodeError::None;
     std::vector<Transmission> replies;
     for (auto& responder : responders_) {
-        Bytes copy = request;
+        Transmission reply;
+        bool answered = false;
         if (random_.Chance(noise)) {
+            Bytes copy = request;
             CorruptPacket(copy, random_);
             ++stats_.corrupted;
+            answered = responder->Receive(copy, reply);
+        } else {
+            answered = responder->Receive(request, reply, intact);
         }
-        Transmission reply;
-        if (responder->Receive(copy, reply))
+        if (answered)
             replies.push_back(std::move(reply));
     }
     stats_.packets += replies.size();

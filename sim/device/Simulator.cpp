@@ -172,6 +172,7 @@ void Simulator::LoadRig(const std::string& path) {
     busy_.clear();
     failures_.clear();
     open_ = 0;
+    rigError_.clear();
     try {
         rig_ = path.empty() ? ParseRig(DefaultRigText(), kDefaultRigLabel) : LoadRigFile(path);
         for (size_t i = 0; i < rig_.ports.size(); ++i) {
@@ -183,7 +184,8 @@ void Simulator::LoadRig(const std::string& path) {
         ports_.clear();
         rig_ = Rig{};
         rig_.file = path.empty() ? kDefaultRigLabel : path;
-        lastError_ = std::string("Rig refused: ") + e.what();
+        rigError_ = std::string("Rig refused: ") + e.what();
+        lastError_ = rigError_;
     }
     WireLoopbacks();
     unplugged_.assign(ports_.size(), false);
@@ -242,6 +244,16 @@ bool Simulator::Fault(const std::string& function, int32_t& code) {
 int32_t Simulator::Fail(int32_t code, const std::string& why) {
     lastError_ = why;
     return code;
+}
+
+std::string Simulator::NoSuchPort(int32_t index) const {
+    // With a refused rig the reason for having no ports is what the host needs to see.
+    if (ports_.empty() && !rigError_.empty()) {
+        return rigError_;
+    }
+    const auto count = ports_.size();
+    return "Port " + std::to_string(index) + " does not exist: the rig has " + std::to_string(count) +
+           " port" + (count == 1 ? "" : "s");
 }
 
 DevicePort* Simulator::Open() const {
@@ -306,8 +318,7 @@ int32_t Simulator::OpenPort(int32_t index) {
     const auto count = static_cast<int32_t>(ports_.size());
     if (Fault("open", rc)) {
     } else if (index < 1 || index > count) {
-        rc = Fail(result::kBadCall, "Port " + std::to_string(index) + " does not exist: the rig has " +
-                                        std::to_string(count) + " port" + (count == 1 ? "" : "s"));
+        rc = Fail(result::kBadCall, NoSuchPort(index));
     } else if (open_ != 0) {
         rc = Fail(result::kPortState, "Port " + std::to_string(open_) + " is already open");
     } else if (unplugged_[static_cast<size_t>(index) - 1]) {
@@ -366,7 +377,7 @@ int32_t Simulator::PortName(int32_t index, char* buffer, int32_t size) {
     } else if (buffer == nullptr || size <= 0) {
         rc = Fail(result::kBadCall, "KDI_PortName: no buffer");
     } else if (index < 1 || index > static_cast<int32_t>(ports_.size())) {
-        rc = Fail(result::kBadCall, "Port " + std::to_string(index) + " does not exist");
+        rc = Fail(result::kBadCall, NoSuchPort(index));
     } else {
         name = ports_[static_cast<size_t>(index) - 1]->Spec().name;
         rc = CopyOut(name, buffer, size);
@@ -516,17 +527,14 @@ int32_t Simulator::ControlText(const std::string& command, std::string& reply) {
     }
     const std::string& verb = words[0];
     // Commands of the library as a whole.
-    if (verb == "reload") {
-        LoadFromEnvironment();
-        reply = ports_.empty()
-                    ? lastError_
-                    : "rig " + Quote(rig_.file) + " with " + std::to_string(ports_.size()) + " ports";
-        return ports_.empty() && lastError_ != "No error" ? -1 : 0;
-    }
-    if (verb == "rig" && words.size() == 2) {
-        LoadRig(words[1] == "default" ? "" : words[1]);
-        if (lastError_ != "No error") {
-            reply = lastError_;
+    if (verb == "reload" || (verb == "rig" && words.size() == 2)) {
+        if (verb == "reload") {
+            LoadFromEnvironment();
+        } else {
+            LoadRig(words[1] == "default" ? "" : words[1]);
+        }
+        if (!rigError_.empty()) {
+            reply = rigError_;
             return -1;
         }
         reply = "rig " + Quote(rig_.file) + " with " + std::to_string(ports_.size()) + " ports";

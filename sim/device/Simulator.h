@@ -79,6 +79,7 @@ private:
     bool Fault(const std::string& function, int32_t& code);
     int32_t Fail(int32_t code, const std::string& why);
     DevicePort* Open() const;
+    std::string NoSuchPort(int32_t index) const;
     int32_t ControlText(const std::string& command, std::string& reply);
     int32_t PortControl(DevicePort& port, const std::vector<std::string>& words, const std::string& rest,
                         std::string& reply);
@@ -91,6 +92,7 @@ private:
     std::vector<std::unique_ptr<DevicePort>> ports_;
     int open_ = 0; // 1-based, 0 none
     std::string lastError_ = "No error";
+    std::string rigError_; // why the rig was refused; empty when it was taken
     Trace trace_;
 
     // Per port (index from 0): the tester's faults.

@@ -138,9 +138,12 @@ TEST(SimRig, RespondersMustBeAList) {
 TEST(SimRig, ARefusedRigLeavesNoPortsAndSaysWhy) {
     SimHarness h("default", 0);
     Refusal(h, "bad.json", "{");
+    const std::string why = h.LastError();
     EXPECT_EQ(h.sim.OpenPort(1), -12);
+    EXPECT_EQ(h.LastError(), why);
     char name[64];
     EXPECT_EQ(h.sim.PortName(1, name, sizeof name), -12);
+    EXPECT_EQ(h.LastError(), why);
     // The next good rig brings them back.
     h.Ctl("rig default");
     EXPECT_EQ(h.sim.PortCount(), 2);

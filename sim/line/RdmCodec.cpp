@@ -187,11 +187,11 @@ DecodeError Decode(const Bytes& bytes, Packet& packet) {
     const size_t length = uint8_t(bytes[2]);
     if (length < kHeaderSize || length + 2 != bytes.size())
         return DecodeError::LengthMismatch;
+    if (Checksum(bytes, length) != GetU16(bytes, length))
+        return DecodeError::Checksum;
     const size_t pdl = uint8_t(bytes[23]);
     if (kHeaderSize + pdl != length)
         return DecodeError::PdlMismatch;
-    if (Checksum(bytes, length) != GetU16(bytes, length))
-        return DecodeError::Checksum;
     packet.destination = GetUid(bytes, 3);
     packet.source = GetUid(bytes, 9);
     packet.transaction = uint8_t(bytes[15]);

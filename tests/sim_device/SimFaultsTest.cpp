@@ -192,3 +192,35 @@ TEST(SimLine, ConsoleCommandsReachTheLine) {
 
 } // namespace
 } // namespace zol::sim::test
+
+namespace zol::sim::test {
+namespace {
+
+TEST(SimConsole, PortsTimeAndHelp) {
+    SimHarness h;
+    EXPECT_EQ(h.Ctl("ports"), "1 ZOL USB 1\n2 ZOL USB 2");
+    const double before = std::stod(h.Ctl("time"));
+    h.Ctl("advance 2.5");
+    EXPECT_NEAR(std::stod(h.Ctl("time")) - before, 2.5, 1e-6);
+    EXPECT_NE(h.Ctl("help").find("upload-fail"), std::string::npos);
+}
+
+TEST(SimConsole, TheManualClockStandsStill) {
+    SimHarness h;
+    ASSERT_EQ(h.Cmd({0x22, 0x00, 0x00, 1}).status, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_EQ(h.Ctl("frames"), "0");
+}
+
+TEST(SimConsole, TheShippedLoopbackRigWiresBothWays) {
+    SimHarness h(std::string(ZOL_SIM_RIG_DIR) + "/loopback.json", 2);
+    ASSERT_EQ(h.Cmd({0x22, 0x00, 0x00, 5, 6}).status, 0);
+    ASSERT_EQ(h.sim.FreePort(), 0);
+    ASSERT_EQ(h.sim.OpenPort(1), 0);
+    EXPECT_TRUE(h.Cmd({0x28, 0x01}).data.empty());
+    h.Ctl("advance 0.1");
+    EXPECT_EQ(h.Cmd({0x28, 0x01}).data.substr(0, 4), B({1, 0, 5, 6}));
+}
+
+} // namespace
+} // namespace zol::sim::test

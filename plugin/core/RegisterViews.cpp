@@ -2,12 +2,14 @@
 
 #include "device_link/views/DeviceViews.h"
 #include "plugin/core/IO_Tasks.h"
+#include "plugin/panel/User_Main.h"
 
 namespace zol {
 
 void RegisterAllViews() {
     RegisterIoTasks();
     RegisterDeviceViews();
+    RegisterMainPanelViews();
 }
 
 } // namespace zol

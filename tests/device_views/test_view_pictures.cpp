@@ -31,7 +31,8 @@ using test::Bytes;
 
 QString ArtifactDir() {
     const char* build = std::getenv("ZOL_BUILD_DIR");
-    QString dir = QString::fromUtf8(build != nullptr ? build : ".") + QStringLiteral("/artifacts");
+    QString dir = QString::fromUtf8(build != nullptr && *build != '\0' ? build : ZOL_VIEWS_BUILD_DIR) +
+                  QStringLiteral("/artifacts");
     QDir().mkpath(dir);
     return dir;
 }

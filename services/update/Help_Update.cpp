@@ -204,6 +204,12 @@ void Help_Update::Winsock_Error(int number, const std::string& description) {
     ui().MsgBox(description, vb::Exclamation, std::string("Server Connection Error"));
 }
 
+void Help_Update::Unload() {
+    closedByCheck_ = true;
+    winsock_->abort();
+    FormView::Unload();
+}
+
 void Help_Update::Label_WebLink_Click() {
     AUF_WebLink::Open(this, web::SupportPage());
 }

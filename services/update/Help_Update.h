@@ -34,6 +34,9 @@ public:
     void Label_WebLink_Click();
     void Button_Exit_Click();
 
+    // Closing the view drops the connection: nothing of the check arrives after it.
+    void Unload() override;
+
     // The server this check talks to ("host" or "host:port").
     const std::string& HostName() const { return hostName_; }
 

@@ -311,6 +311,21 @@ TEST_F(HelpUpdateTest, ServerThatNeverAnswersLeavesTheViewAsItWasUntilClosed) {
     EXPECT_EQ(ui.MousePointer(), kPointerDefault);
 }
 
+TEST_F(HelpUpdateTest, ClosingTheViewEndsTheCheckWithNothingShownLater) {
+    uint16_t port = 0;
+    {
+        LoopbackHttpServer probe;
+        ASSERT_TRUE(probe.Listening());
+        port = probe.Port();
+    } // nothing listens there now: the connection will be refused
+    AUF_Registry::WriteValue("UpdateHost", SettingValue("127.0.0.1:" + std::to_string(port)));
+    ASSERT_NE(Open(), nullptr);
+    view->Button_Exit_Click();
+    QTest::qWait(300);
+    EXPECT_TRUE(ui.boxes.empty());
+    EXPECT_EQ(Forms::Find(Help_Update::kName), nullptr);
+}
+
 TEST_F(HelpUpdateTest, ServerThatClosesWithoutAnswerLeavesTheViewAsItWas) {
     LoopbackHttpServer server(LoopbackHttpServer::Mode::CloseAtOnce);
     UseServer(server);

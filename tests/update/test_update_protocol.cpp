@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace zol {
 namespace {
@@ -102,6 +103,30 @@ TEST(UpdateProtocol, APartThatIsNotANumberOrTooLargeFails) {
 TEST(UpdateProtocol, SplitOfAnEmptyTextHasNoItems) {
     EXPECT_TRUE(update::SplitText("", "&").empty());
     EXPECT_EQ(update::SplitText("a&", "&").size(), 2u);
+}
+
+TEST(UpdateProtocol, GarbageAnswersEitherReadOrFailWithARunTimeFault) {
+    ScopedConfigDir config;
+    std::mt19937 random(20240611);
+    const std::string alphabet =
+        std::string("\r\n &=.0123456789 HTTP/1.1 200 Software", 39) + std::string(1, '\0');
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        const size_t length = random() % 120;
+        for (size_t i = 0; i < length; ++i) {
+            text += (random() % 4 == 0) ? static_cast<char>(random() % 256)
+                                        : alphabet[random() % alphabet.size()];
+        }
+        try {
+            const update::Answer answer = update::ParseAnswer(text);
+            update::StoreBody(answer.body);
+            update::IsNewer(AUF_Registry::ReadString("Latest_Software", ""), "1.0.3");
+        } catch (const RuntimeFault& fault) {
+            EXPECT_TRUE(fault.Number() == rt::SubscriptOutOfRange || fault.Number() == rt::TypeMismatch ||
+                        fault.Number() == rt::Overflow)
+                << fault.Number();
+        }
+    }
 }
 
 TEST(WebAddress, HostAndPortSplit) {

@@ -144,13 +144,19 @@ protected:
         panel = dynamic_cast<PanelStub*>(Forms::Find("Test_Panel"))->Form();
         folder = config.Path() / "images";
         fs::create_directories(folder);
+        // The bench rig's interfaces without responders on their lines: these views talk to the
+        // local device only.
+        UseRig([](nlohmann::json&) {});
     }
     void TearDown() override { test::CloseAllViews(); }
 
-    // Loads a copy of the built-in rig changed by `edit`.
+    // Loads a copy of the bench rig, its lines emptied, changed by `edit`.
     void UseRig(const std::function<void(nlohmann::json&)>& edit) {
         std::ifstream in(SourceDir() + "/sim/rigs/default.json");
         nlohmann::json rig = nlohmann::json::parse(in);
+        for (auto& port : rig["ports"]) {
+            port["responders"] = nlohmann::json::array();
+        }
         edit(rig);
         const fs::path path = config.Path() / "rig.json";
         std::ofstream(path) << rig.dump(2);

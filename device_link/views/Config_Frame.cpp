@@ -22,7 +22,7 @@ constexpr const char* kSource = "Config_Frame";
 constexpr const char* kRetryTitle = "DMX Frame Configuration";
 constexpr const char* kRangeTitle = "Setting out of range";
 
-struct FieldSpec {
+struct FieldDef {
     const char* box;
     const char* binding;
     const char* mask;
@@ -31,7 +31,7 @@ struct FieldSpec {
 };
 
 // In the order of the load.
-constexpr FieldSpec kFields[] = {
+constexpr FieldDef kFields[] = {
     {"Text_FrameRate", "Input_FrameRate", "09", "Frames / second", "Frame Rate"},
     {"Text_BreakTime", "Input_BreakTime", "0099", "Frame Break Time in us", "Break Time"},
     {"Text_MarkTime", "Input_MarkTime", "0999", "Frame Mark time in us", "Mark Time"},
@@ -55,14 +55,14 @@ Config_Frame::Config_Frame(QWidget* parent) : FormView(kName, parent) {
 
     auto* grid = new QGridLayout;
     for (size_t i = 0; i < boxes_.size(); ++i) {
-        const FieldSpec& spec = kFields[i];
-        auto* caption = new QLabel(QString::fromUtf8(spec.caption), this);
+        const FieldDef& field = kFields[i];
+        auto* caption = new QLabel(QString::fromUtf8(field.caption), this);
         caption->setObjectName(QStringLiteral("Label_%1").arg(i));
         auto* box = new QLineEdit(this);
-        box->setObjectName(QString::fromUtf8(spec.box));
-        box->setToolTip(QString::fromUtf8(spec.tip));
+        box->setObjectName(QString::fromUtf8(field.box));
+        box->setToolTip(QString::fromUtf8(field.tip));
         box->setFixedWidth(64);
-        auto* unit = new QLabel(QString::fromUtf8(spec.tip), this);
+        auto* unit = new QLabel(QString::fromUtf8(field.tip), this);
         unit->setObjectName(QStringLiteral("Label_Unit_%1").arg(i));
         unit->setStyleSheet(QStringLiteral("color: #555;"));
         boxes_[i] = box;

@@ -8,8 +8,8 @@ namespace zol {
 
 void RegisterAllViews() {
     RegisterIoTasks();
-    RegisterDeviceViews();
     RegisterMainPanelViews();
+    RegisterDeviceViews();
 }
 
 } // namespace zol

@@ -79,6 +79,25 @@ std::string RigFile() {
     return {};
 }
 
+// Collects the queued messages of a device that keeps messages (QUEUED_MESSAGE, advisories and
+// worse) until the local device
+// stops reporting more. A delayed answer that completes while messages are queued comes back with
+// status 17, and its data then keeps the two PID bytes of the poll reply in front: the tests that
+// compare values drain the queue first.
+void Drain(RDM_Device& device) {
+    auto root = device.SubDev(0);
+    if (!root->HasCall(0x0020) && !root->HasCall(pid::STATUS_MESSAGES)) {
+        return; // a responder that keeps no messages
+    }
+    for (int round = 0; round < 32; ++round) {
+        device.Queue(2);
+        if (!Client::QueuePending()) {
+            return;
+        }
+    }
+    ADD_FAILURE() << "the queue of " << device.UID() << " does not drain";
+}
+
 class RigTest : public ::testing::Test {
 protected:
     RigTest() : rig(RigFile()) {}
@@ -154,6 +173,7 @@ TEST_F(RigTest, DiscoveryFindsEveryResponderAndEachBecomesADevice) {
 TEST_F(RigTest, EverySensorReadsItsDefinitionAndValue) {
     int sensors = 0;
     for (const auto& device : BuildAll()) {
+        Drain(*device);
         for (int16_t index = 0; index <= device->SUB_DEVICE_COUNT(); ++index) {
             auto subDev = device->SubDev(index);
             subDev->Refresh();
@@ -438,6 +458,7 @@ TEST_F(TwinRigTest, AckTimerAndOverflowAnswersGiveTheSameValuesAsDirectAnswers) 
         session.Control("port 1 line stats reset");
         const long pumps = clock->pumps;
         auto slow = Build(delayedToken);
+        Drain(*slow);
         const auto slowValues = Snapshot(*slow, ui);
         const double slowRequests = session.LineStat("requests");
         if (delayed.count(original) != 0) {
@@ -445,12 +466,123 @@ TEST_F(TwinRigTest, AckTimerAndOverflowAnswersGiveTheSameValuesAsDirectAnswers) 
         }
         session.Control("port 1 line stats reset");
         auto fast = Build(direct);
+        Drain(*fast);
         const auto fastValues = Snapshot(*fast, ui);
         const double fastRequests = session.LineStat("requests");
         EXPECT_EQ(slowValues, fastValues) << original << " against " << twin;
         // The delayed or multi-part answers cost more line traffic than the direct ones.
         EXPECT_GT(slowRequests, fastRequests) << original;
     }
+}
+
+// A responder whose parameter list takes more than one answer (ACK_OVERFLOW): the parts are joined
+// into the whole list, so every manufacturer PID of the rig is there, described by the device.
+TEST_F(RigTest, OverflowingParameterListIsJoinedWhole) {
+    std::ifstream in(RigFile().empty() ? SourceDir() + "/sim/rigs/default.json" : RigFile());
+    ASSERT_TRUE(in.good());
+    const nlohmann::json file = nlohmann::json::parse(in);
+    std::string uid;
+    std::map<int32_t, std::string> expected; // manufacturer PID and its description
+    for (const auto& responder : file["ports"][0]["responders"]) {
+        std::map<int32_t, std::string> pids;
+        for (const auto& entry : responder.value("manufacturer_pids", nlohmann::json::array())) {
+            const auto number = [](const nlohmann::json& v) {
+                return v.is_string() ? static_cast<int32_t>(std::stol(v.get<std::string>(), nullptr, 0))
+                                     : v.get<int32_t>();
+            };
+            const int32_t first = number(entry["pid"]);
+            const int32_t n = entry.contains("count") ? number(entry["count"]) : 1;
+            const std::string text = entry.value("description", std::string());
+            for (int32_t i = 0; i < n; ++i) {
+                std::string description = text;
+                if (const size_t mark = text.find("%d"); mark != std::string::npos) {
+                    description = text.substr(0, mark) + std::to_string(i + 1) + text.substr(mark + 2);
+                    description.resize(std::min<size_t>(description.size(), 32));
+                }
+                pids[first + i] = description;
+            }
+        }
+        if (pids.size() > expected.size()) {
+            expected = pids;
+            uid = responder["uid"].get<std::string>();
+        }
+    }
+    if (expected.size() < 116) { // 232 bytes of PIDs or more take two answers
+        GTEST_SKIP() << "no responder lists enough PIDs to need more than one answer";
+    }
+    int token = 0;
+    for (size_t i = 0; i < uids.size(); ++i) {
+        token = ConsoleUid(uids[i]) == uid ? static_cast<int>(i + 1) : token;
+    }
+    ASSERT_GT(token, 0);
+
+    session.Counter().Clear();
+    auto device = Build(token);
+    EXPECT_GT(session.Counter().parts, 0) << "the parameter list came in one answer";
+    auto root = device->SubDev(0);
+    std::map<int32_t, std::string> read;
+    for (int16_t seq = 1; seq <= root->CallCount(); ++seq) {
+        auto call = root->ItemSeq(seq);
+        if (call->ManSpec()) {
+            // The description comes as the device sends it; a text with a NUL at its end keeps it.
+            std::string description = call->Description();
+            if (!description.empty() && description.back() == '\0') {
+                description.pop_back();
+            }
+            read[call->PID()] = description;
+            EXPECT_FALSE(call->Required());
+        }
+    }
+    EXPECT_EQ(read, expected);
+    EXPECT_TRUE(root->HasCall(pid::PARAMETER_DESCRIPTION));
+    const Bytes list = root->ItemPID(pid::SUPPORTED_PARAMETERS)->GetValue().AsBytes();
+    EXPECT_EQ(list.size() % 2, 0u);
+    EXPECT_GE(list.size(), 2 * expected.size());
+    EXPECT_TRUE(ui.boxes.empty());
+}
+
+// A responder that answers a GET of SENSOR_VALUE with ACK_TIMER while it has messages queued: the
+// poll that collects the answer completes with status 17, and status 17 appends the whole reply,
+// so the two PID bytes of the poll reply stay in front of the data.
+TEST_F(RigTest, DelayedAnswerCompletingWithMessagesQueuedKeepsThePidInFront) {
+    std::ifstream in(RigFile().empty() ? SourceDir() + "/sim/rigs/default.json" : RigFile());
+    ASSERT_TRUE(in.good());
+    const nlohmann::json file = nlohmann::json::parse(in);
+    std::string uid;
+    for (const auto& responder : file["ports"][0]["responders"]) {
+        for (const auto& timer : responder.value("ack_timer", nlohmann::json::array())) {
+            const auto& p = timer["pid"];
+            const bool sensorValue =
+                p.is_string() ? p.get<std::string>() == "SENSOR_VALUE" : p.get<int>() == 0x0201;
+            if (sensorValue && timer.value("command", std::string("get")) == "get" &&
+                responder.value("sensors", nlohmann::json::array()).size() > 0) {
+                uid = responder["uid"].get<std::string>();
+            }
+        }
+    }
+    if (uid.empty()) {
+        GTEST_SKIP() << "no responder answers SENSOR_VALUE with ACK_TIMER";
+    }
+    int token = 0;
+    for (size_t i = 0; i < uids.size(); ++i) {
+        token = ConsoleUid(uids[i]) == uid ? static_cast<int>(i + 1) : token;
+    }
+    ASSERT_GT(token, 0);
+    EXPECT_EQ(session.Control("port 1 responder " + uid + " status 2 17"), "ok");
+
+    const long pumps = clock->pumps;
+    const Bytes kept = Client::RdmGet(static_cast<uint8_t>(token), 0, pid::SENSOR_VALUE, Bytes(1, '\0'));
+    EXPECT_GT(clock->pumps, pumps);
+    EXPECT_TRUE(Client::LastQueued());
+    ASSERT_EQ(kept.size(), 11u) << StrFormat::BytesToHex(kept, " ");
+    EXPECT_EQ(kept.substr(0, 3), Bytes("\x02\x01\x00", 3));
+
+    auto device = Build(token);
+    Drain(*device);
+    const Bytes clean = Client::RdmGet(static_cast<uint8_t>(token), 0, pid::SENSOR_VALUE, Bytes(1, '\0'));
+    EXPECT_FALSE(Client::LastQueued());
+    ASSERT_EQ(clean.size(), 9u) << StrFormat::BytesToHex(clean, " ");
+    EXPECT_EQ(clean[0], '\0');
 }
 
 } // namespace

@@ -37,6 +37,8 @@ public:
         const double start = ThreadCpuSeconds();
         const int32_t status = inner_.Command(buffer, length);
         insideSeconds += ThreadCpuSeconds() - start;
+        delayed += status == 16 ? 1 : 0;
+        parts += status == 18 ? 1 : 0;
         return status;
     }
     int32_t OpenPort(int32_t index) override { return inner_.OpenPort(index); }
@@ -52,10 +54,14 @@ public:
 
     void Clear() {
         commands = 0;
+        delayed = 0;
+        parts = 0;
         insideSeconds = 0;
     }
 
     long commands = 0;
+    long delayed = 0; // answers with status 16: the responder answered with ACK_TIMER
+    long parts = 0;   // answers with status 18: one part of an overflowing answer
     double insideSeconds = 0;
 
 private:

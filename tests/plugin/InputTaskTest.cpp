@@ -196,6 +196,20 @@ TEST_F(InputTaskTest, AnErrorThatLeavesATimerTickStopsThePoll) {
     EXPECT_EQ(lib.Commands().size(), 1u);
 }
 
+// A host whose callback fails with a local error.
+class RefusingHost : public HostHelper {
+public:
+    void DMXC_DMXIn_SetChannel(int32_t&, int32_t&) override { ErrTrap::RaiseLocal("Host refused the level"); }
+};
+
+TEST_F(InputTaskTest, ALocalErrorIsShownAndEndsTheTickWithTheTimerOff) {
+    task->Begin(std::make_shared<RefusingHost>());
+    lib.Expect(kReadInput, 0, B({0, 0, 1}));
+    ui.Expect("Host refused the level", vb::OK, std::string("KARN DMX-ZOL MK1 Plugin - Input"));
+    EXPECT_NO_THROW(task->Tick());
+    EXPECT_FALSE(task->Task_IP()->isActive());
+}
+
 TEST_F(InputTaskTest, AHostWithoutTheCallbackIsAFaultShownAndRaised) {
     task->Begin(nullptr);
     lib.Expect(kReadInput, 0, B({0, 0, 1}));

@@ -549,6 +549,8 @@ bool Responder::Receive(const Bytes& incoming, Transmission& out, bool intact) {
                 return false;
             if (packet.pid == DISC_UN_MUTE)
                 muted_ = false;
+            else if (config_.faults.deafToMute)
+                return false;
             else if (!config_.faults.ignoreMute)
                 muted_ = true;
             if (!directed)

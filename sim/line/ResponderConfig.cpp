@@ -400,10 +400,12 @@ void ParseManufacturerPids(const json& entry, const std::string& where,
 
 void ParseFaults(const json& entry, const std::string& where, FaultConfig& faults) {
     CheckKeys(entry, where,
-              {"ignore_mute", "babble", "answer_broadcast", "reply_checksum_errors", "request_errors",
-               "late_replies", "turnaround_us", "dub_preamble"});
+              {"ignore_mute", "deaf_to_mute", "babble", "answer_broadcast", "reply_checksum_errors",
+               "request_errors", "late_replies", "turnaround_us", "dub_preamble"});
     if (entry.contains("ignore_mute"))
         faults.ignoreMute = Boolean(entry["ignore_mute"], where + ".ignore_mute");
+    if (entry.contains("deaf_to_mute"))
+        faults.deafToMute = Boolean(entry["deaf_to_mute"], where + ".deaf_to_mute");
     if (entry.contains("babble"))
         faults.babble = Boolean(entry["babble"], where + ".babble");
     if (entry.contains("answer_broadcast"))

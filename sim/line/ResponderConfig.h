@@ -96,6 +96,7 @@ struct OverflowConfig {
 // The line faults of a responder.
 struct FaultConfig {
     bool ignoreMute = false;        // acknowledges DISC_MUTE but keeps answering DUB
+    bool deafToMute = false;        // neither answers DISC_MUTE nor mutes, but answers DUB
     bool babble = false;            // answers every DUB with noise, muted or not, in range or not
     bool answerBroadcast = false;   // replies to broadcast requests
     double replyChecksumErrors = 0; // share of its replies that leave with a bad checksum

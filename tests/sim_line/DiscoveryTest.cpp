@@ -155,6 +155,21 @@ TEST(Discovery, ResponderThatIgnoresMuteEndsThePassWithTheMuteError) {
     EXPECT_EQ(Cmd(*line, 52).status, 0) << "the error is reported only once";
 }
 
+TEST(Discovery, ResponderThatNeverMutesIsLeftOutWithTheMuteError) {
+    std::vector<Uid> uids = MakeUids(UidSet::OneMaker, 20, 6);
+    json responders = Responders(uids);
+    responders[11]["faults"] = {{"deaf_to_mute", true}};
+    auto line = MakeLine(responders, 3);
+    const auto statuses = Discover(*line);
+    ASSERT_EQ(statuses.size(), 2u);
+    EXPECT_EQ(statuses[0], status::kMuteFailed);
+    EXPECT_EQ(statuses[1], 0);
+    std::set<Uid> expected = AsSet(uids);
+    expected.erase(uids[11]);
+    EXPECT_EQ(AsSet(Table(*line)), expected) << "it never confirmed itself, so it is not listed";
+    EXPECT_TRUE(line->GetDiscovery().SteppedAround().count(uids[11]));
+}
+
 TEST(Discovery, DuplicateUidIsListedOnceWithTheMuteError) {
     std::vector<Uid> uids = MakeUids(UidSet::Sequential, 12, 5);
     json responders = Responders(uids);

@@ -1,6 +1,6 @@
 #pragma once
 // The product's own pictures (SVG in the resources): the plug connected and disconnected, the local
-// device, the DMX frame settings (and their greyed form), exit, and the fader of the host program.
+// device, the DMX frame settings (and their greyed form), and exit.
 
 #include <QIcon>
 #include <QPixmap>
@@ -14,7 +14,6 @@ inline constexpr const char* Device = "device";
 inline constexpr const char* DmxFrame = "dmx_frame";
 inline constexpr const char* DmxFrameOff = "dmx_frame_off";
 inline constexpr const char* Exit = "exit";
-inline constexpr const char* Fader = "fader";
 
 // The resource path of a picture (":/zol/icons/<name>.svg").
 QString Path(const char* name);

@@ -523,7 +523,10 @@ bool WriteAtomic(const std::string& path, const std::string& text, std::string* 
         return fail("cannot create " + folder.string() + ": " + ec.message());
     }
     // The temporary file lives beside the target, so the rename never crosses file systems.
-    std::string temp = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+    std::string tempName = ".";
+    tempName += target.filename().string();
+    tempName += ".XXXXXX";
+    std::string temp = (folder / tempName).string();
     const int fd = ::mkstemp(temp.data());
     if (fd < 0) {
         return fail(SystemError("cannot create a temporary file in", folder.string(), errno));

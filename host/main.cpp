@@ -1,7 +1,7 @@
 // zol-host: loads the plug-in through its C ABI and drives it as a lighting host does.
 #include "host/HeadlessRun.h"
+#include "host/gui/GuiRun.h"
 
-#include <cstdio>
 #include <cstring>
 
 int main(int argc, char** argv) {
@@ -10,6 +10,5 @@ int main(int argc, char** argv) {
             return zol::host::RunHeadless(argc, argv);
         }
     }
-    std::fprintf(stderr, "zol-host: the windowed host is not part of this build; run zol-host --headless\n");
-    return 2;
+    return zol::host::RunGui(argc, argv);
 }

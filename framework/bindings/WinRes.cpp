@@ -1,5 +1,7 @@
 #include "framework/bindings/WinRes.h"
 
+#include <QFrame>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QLayout>
 #include <QScreen>
@@ -16,9 +18,12 @@ int Scaled(int value) {
 }
 
 // Whether `layout` or one of its nested layouts places `widget`.
-bool InLayout(const QLayout* layout, const QWidget* widget) {
+bool InLayout(QLayout* layout, const QWidget* widget) {
     if (layout == nullptr) {
         return false;
+    }
+    if (layout->menuBar() == widget) {
+        return true;
     }
     for (int i = 0; i < layout->count(); ++i) {
         QLayoutItem* item = layout->itemAt(i);
@@ -28,6 +33,12 @@ bool InLayout(const QLayout* layout, const QWidget* widget) {
     }
     return false;
 }
+bool IsContainer(const QWidget* widget, const QWidget* view) {
+    return widget == view || qobject_cast<const QGroupBox*>(widget) != nullptr ||
+           widget->metaObject() == &QWidget::staticMetaObject ||
+           widget->metaObject() == &QFrame::staticMetaObject;
+}
+
 } // namespace
 
 int ScreenTwipsPerPixel() {
@@ -60,8 +71,11 @@ void WinRes(QWidget* view) {
     }
     const auto children = view->findChildren<QWidget*>();
     for (QWidget* child : children) {
-        const QWidget* parent = child->parentWidget();
-        if (child->isWindow() || (parent != nullptr && InLayout(parent->layout(), child))) {
+        QWidget* parent = child->parentWidget();
+        // Only controls that the view placed by hand on the view itself or on one of its plain
+        // containers; the inner parts of a control are placed by the control.
+        if (child->isWindow() || parent == nullptr || !IsContainer(parent, view) ||
+            InLayout(parent->layout(), child)) {
             continue;
         }
         const QRect g = child->geometry();

@@ -4,6 +4,7 @@
 #include "framework/bindings/WinRes.h"
 #include "tests/support/ScriptedUi.h"
 
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QVBoxLayout>
@@ -139,6 +140,26 @@ TEST(WinRes, HandPlacedControlsScaledAtFifteen) {
     zol::WinRes(&view);
     EXPECT_EQ(view.size(), QSize(378, 252));
     EXPECT_EQ(label->geometry(), QRect(13, 25, 126, 38));
+}
+
+TEST(WinRes, InnerPartsOfControlsLeftToTheirControl) {
+    TwipsScope scope(15);
+    QWidget view;
+    view.resize(300, 200);
+    auto* box = new QGroupBox("Frame", &view);
+    box->setGeometry(10, 10, 200, 100);
+    auto* inBox = new QLabel("x", box);
+    inBox->setGeometry(10, 20, 50, 20);
+    auto* edit = new QLineEdit(&view);
+    edit->setGeometry(0, 150, 100, 24);
+    // A part of the line edit, placed by the line edit.
+    auto* part = new QWidget(edit);
+    part->setGeometry(2, 2, 10, 10);
+    zol::WinRes(&view);
+    EXPECT_EQ(box->geometry(), QRect(13, 13, 252, 126));
+    EXPECT_EQ(inBox->geometry(), QRect(13, 25, 63, 25));
+    EXPECT_EQ(edit->geometry(), QRect(0, 189, 126, 30));
+    EXPECT_EQ(part->geometry(), QRect(2, 2, 10, 10));
 }
 
 TEST(WinRes, LayoutManagedControlsLeftToLayout) {

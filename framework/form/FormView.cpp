@@ -69,6 +69,11 @@ void FormView::SetVisible(bool visible) {
 }
 
 void FormView::Show(bool modal) {
+    if (unloading_) {
+        // The view closed itself during its first fill: there is nothing to show, and a modal
+        // show of it would never return. The error that closed it stays the one reported.
+        throw RuntimeFault(rt::ViewUnloaded, "Object was unloaded");
+    }
     if (modal) {
         // Returns when the view is hidden or closed.
         exec();

@@ -46,6 +46,12 @@ constexpr double kTimeSlack = 1e-9;
 DevicePort::DevicePort(PortSpec spec, int number) : spec_(std::move(spec)), number_(number) {
 #if defined(ZOL_SIM_HAVE_LINE)
     line_ = RdmLine::FromJson(spec_.responders, spec_.respondersWhere, spec_.seed);
+    // The firmware's RDM requests come from the interface's own UID.
+    uint64_t controller = 0;
+    for (uint8_t byte : spec_.uid) {
+        controller = (controller << 8) | byte;
+    }
+    line_->SetControllerUid(controller);
 #endif
     ResetToRig();
 }

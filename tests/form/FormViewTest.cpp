@@ -28,6 +28,21 @@ public:
     int continues = 0;
 };
 
+// A view whose first fill meets a lost device and closes itself before it is ever shown.
+class SelfClosingView : public FormView {
+public:
+    SelfClosingView() : FormView("Qt_SelfClosing") {}
+
+protected:
+    void OnControl() override {
+        try {
+            ErrTrap::Raise(0x102);
+        } catch (const ZolError&) {
+            Form()->BugOut(ErrTrap::Capture());
+        }
+    }
+};
+
 class FormViewTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -73,6 +88,33 @@ TEST_F(FormViewTest, AModalChainCarriesTheChildsCodeToTheParentAndTheRootEndsIt)
     EXPECT_EQ(parentContinues, 1);
     EXPECT_EQ(Forms::Find("Qt_Parent"), nullptr);
     EXPECT_EQ(Forms::Find("Qt_Child"), nullptr);
+}
+
+TEST_F(FormViewTest, AViewThatClosesItselfDuringItsFirstFillIsNeverShownAndItsCodeReachesTheOpener) {
+    Forms::Register("Qt_SelfClosing", [] { return new SelfClosingView(); });
+    // Were the closed view shown modally, nothing would end the show: a timer would have to.
+    bool stillWaiting = false;
+    QTimer guard;
+    guard.setSingleShot(true);
+    QObject::connect(&guard, &QTimer::timeout, [&] {
+        stillWaiting = true;
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            w->hide();
+        }
+    });
+    guard.start(3000);
+    int32_t caught = 0;
+    auto root = HCF_Form::Create();
+    try {
+        root->OpenForm("Qt_SelfClosing", true);
+    } catch (const ZolError& e) {
+        caught = e.Code();
+    }
+    guard.stop();
+    Forms::Unregister("Qt_SelfClosing");
+    EXPECT_FALSE(stillWaiting);
+    EXPECT_EQ(caught, err::ErrAPI_DeviceMissig);
+    EXPECT_EQ(Forms::Find("Qt_SelfClosing"), nullptr);
 }
 
 TEST_F(FormViewTest, TheCloseBoxUnloadsTheViewAndStoresItsPositionInTwips) {

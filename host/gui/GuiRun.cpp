@@ -4,6 +4,7 @@
 #include "host/gui/HostWindow.h"
 
 #include <QApplication>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <cstdio>
 #include <string>
@@ -24,19 +25,28 @@ int RunGui(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zol-host"));
 
+    // Where nobody can see a box (no display), a failure is told on the console only.
+    const QString platform = QGuiApplication::platformName();
+    const bool boxes = platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+
     PluginLoader loader;
     std::string why;
     if (!loader.Load(path, why)) {
-        QMessageBox::critical(nullptr, QStringLiteral("zol-host"), QString::fromStdString(why));
         std::fprintf(stderr, "zol-host: %s\n", why.c_str());
+        if (boxes) {
+            QMessageBox::critical(nullptr, QStringLiteral("zol-host"), QString::fromStdString(why));
+        }
         return 2;
     }
     int code = 0;
     {
         HostWindow window(loader);
         if (!window.Start()) {
-            QMessageBox::critical(&window, QStringLiteral("zol-host"),
-                                  QStringLiteral("The plug-in object could not be made."));
+            std::fprintf(stderr, "zol-host: the plug-in object could not be made\n");
+            if (boxes) {
+                QMessageBox::critical(&window, QStringLiteral("zol-host"),
+                                      QStringLiteral("The plug-in object could not be made."));
+            }
             return 4;
         }
         window.show();

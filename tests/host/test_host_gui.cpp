@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QProcess>
 #include <QRadioButton>
 #include <QSlider>
 #include <QSpinBox>
@@ -247,6 +248,41 @@ TEST_F(HostTest, Screenshot) {
         }
     }
     window->findChild<QAction*>("Action_Disable")->trigger();
+}
+
+// ---- The program ----
+
+struct HostRun {
+    int exitCode = -1;
+    std::string errors;
+};
+
+HostRun RunHost(const QStringList& arguments) {
+    QProcess process;
+    process.start(QString::fromStdString(BinDir() + "/zol-host"), arguments);
+    HostRun run;
+    if (!process.waitForFinished(30000)) {
+        process.kill();
+        process.waitForFinished();
+        ADD_FAILURE() << "zol-host did not end";
+        return run;
+    }
+    run.exitCode = process.exitCode();
+    run.errors = process.readAllStandardError().toStdString();
+    return run;
+}
+
+TEST(HostProgram, MissingPluginIsToldAndTheProgramEnds) {
+    const HostRun run =
+        RunHost({QStringLiteral("--plugin"), QStringLiteral("/nonexistent/libzol-plugin.so")});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.errors.find("zol-host: the plug-in could not be loaded"), std::string::npos) << run.errors;
+}
+
+TEST(HostProgram, UnknownOptionGivesUsage) {
+    const HostRun run = RunHost({QStringLiteral("--frobnicate")});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_NE(run.errors.find("usage: zol-host [--plugin PATH]"), std::string::npos) << run.errors;
 }
 
 // ---- The desk and the monitor on their own ----

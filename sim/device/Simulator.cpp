@@ -322,8 +322,9 @@ int32_t Simulator::OpenPort(int32_t index) {
     } else if (open_ != 0) {
         rc = Fail(result::kPortState, "Port " + std::to_string(open_) + " is already open");
     } else if (unplugged_[static_cast<size_t>(index) - 1]) {
-        rc = Fail(result::kDeviceMissing,
-                  "The local device of port " + std::to_string(index) + " is unplugged");
+        // Nothing answers on the USB side: a connection failure, not a device lost mid-session.
+        rc = Fail(result::kConnection,
+                  "The local device of port " + std::to_string(index) + " is not connected");
     } else if (silent_[static_cast<size_t>(index) - 1] != 0) {
         rc = Fail(result::kNotResponding, "The local device is not responding");
     } else {

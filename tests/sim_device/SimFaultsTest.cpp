@@ -32,9 +32,19 @@ TEST(SimFaults, FreeingAnUnpluggedPortFailsButLetsGo) {
     h.Ctl("unplug");
     EXPECT_EQ(h.sim.FreePort(), -2);
     EXPECT_EQ(h.sim.FreePort(), -14); // nothing is open any more
-    EXPECT_EQ(h.sim.OpenPort(1), -2);
+    EXPECT_EQ(h.sim.OpenPort(1), -1);
     EXPECT_EQ(h.sim.OpenPort(2), 0); // the other interface is still there
     ASSERT_EQ(h.sim.FreePort(), 0);
+    h.Ctl("port 1 replug");
+    EXPECT_EQ(h.sim.OpenPort(1), 0);
+}
+
+TEST(SimFaults, OpeningAnUnpluggedInterfaceIsAConnectionFailure) {
+    SimHarness h;
+    ASSERT_EQ(h.sim.FreePort(), 0);
+    h.Ctl("port 1 unplug");
+    EXPECT_EQ(h.sim.OpenPort(1), -1);
+    EXPECT_EQ(h.LastError(), "The local device of port 1 is not connected");
     h.Ctl("port 1 replug");
     EXPECT_EQ(h.sim.OpenPort(1), 0);
 }

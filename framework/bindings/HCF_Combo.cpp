@@ -41,6 +41,7 @@ void HCF_Combo::Initialise(QComboBox* box) {
         return;
     }
     linkBox_ = box;
+    linkObject_ = box;
     assigned_ = true;
     box->installEventFilter(this);
     if (QLineEdit* edit = box->lineEdit()) {
@@ -146,7 +147,9 @@ void HCF_Combo::TextChange(const QString& text) {
 }
 
 bool HCF_Combo::eventFilter(QObject* watched, QEvent* event) {
-    if (!linkBox_ || (watched != linkBox_.data() && watched != linkBox_->lineEdit())) {
+    // A box that is being destroyed is no longer a combo box: its last events are not ours.
+    if (linkObject_.isNull() || qobject_cast<QComboBox*>(linkObject_.data()) == nullptr ||
+        (watched != linkBox_.data() && watched != linkBox_->lineEdit())) {
         return QObject::eventFilter(watched, event);
     }
     switch (event->type()) {

@@ -54,6 +54,8 @@ private:
     void RaiseChange(int16_t value);
 
     QPointer<QComboBox> linkBox_;
+    // The same box seen as a plain object, so that events can be matched to it without a cast.
+    QPointer<QObject> linkObject_;
     int16_t restore_ = -1;
     bool reverting_ = false;
     bool assigned_ = false;

@@ -61,6 +61,7 @@ void HCF_List::Initialise(QTreeWidget* control, int32_t rows) {
         return;
     }
     myLink_ = control;
+    linkObject_ = control;
     ready_ = true;
     const auto height = static_cast<int16_t>((rows + 1) * 206 + 20);
     rows_ = rows;
@@ -199,6 +200,7 @@ void HCF_List::Terminate() {
         myLink_->viewport()->removeEventFilter(this);
     }
     myLink_ = nullptr;
+    linkObject_ = nullptr;
 }
 
 void HCF_List::ForeColor(int32_t colour) {
@@ -269,7 +271,9 @@ void HCF_List::KeyUp(int keyCode) {
 }
 
 bool HCF_List::eventFilter(QObject* watched, QEvent* event) {
-    if (!myLink_) {
+    // While the list is being destroyed it is no longer a tree widget, and its viewport's last
+    // events are not ours to handle.
+    if (linkObject_.isNull() || qobject_cast<QTreeWidget*>(linkObject_.data()) == nullptr) {
         return QObject::eventFilter(watched, event);
     }
     if (watched == myLink_->viewport()) {

@@ -72,6 +72,8 @@ private:
     void KeyUp(int keyCode);
 
     QPointer<QTreeWidget> myLink_;
+    // The same list seen as a plain object, so that events can be matched to it without a cast.
+    QPointer<QObject> linkObject_;
     int16_t index_ = 0;
     int32_t rows_ = 0;
     std::vector<int32_t> widths_;

@@ -68,6 +68,7 @@ void HCF_Text::Assign(QWidget* control) {
         box_->removeEventFilter(this);
     }
     box_ = edit;
+    boxObject_ = edit;
     // The binding owns the box's editing: no paste or drop behind its back.
     box_->setContextMenuPolicy(Qt::NoContextMenu);
     box_->setAcceptDrops(false);
@@ -525,7 +526,9 @@ void HCF_Text::SetSelLength(int length) {
 // ---- Events of the box ----
 
 bool HCF_Text::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != box_.data()) {
+    // A box that is being destroyed is no longer a line edit; its last focus and hide events are
+    // not an edit ending, and nothing of it may be touched.
+    if (watched != boxObject_.data() || qobject_cast<QLineEdit*>(watched) == nullptr) {
         return QObject::eventFilter(watched, event);
     }
     switch (event->type()) {

@@ -107,6 +107,8 @@ private:
     void SetSelLength(int length);
 
     QPointer<QLineEdit> box_;
+    // The same box seen as a plain object, so that events can be matched to it without a cast.
+    QPointer<QObject> boxObject_;
     // The selection as it stood when the focus left: a text box keeps its selection while another
     // control has the focus, and gets it back with the focus.
     bool heldValid_ = false;

@@ -40,6 +40,8 @@ TEST_F(DeviceTest, SubDeviceCountZeroHasOnlyTheRootDevice) {
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(root->Index(), 0);
     EXPECT_TRUE(root->HasCall(pid::DISC_MUTE));
+    EXPECT_EQ(device->SubDev(0), root);    // the same object each time
+    EXPECT_EQ(device->SubDev(1), nullptr); // one entry only
 }
 
 TEST_F(DeviceTest, SubDevAboveCountReturnsNothing) {

@@ -102,6 +102,28 @@ TEST_F(SensorTest, Prefix17GivesBaseScale1AndPrefix16BaseScaleMinus16) {
     EXPECT_EQ(sixteen->Scale(), -16);
 }
 
+TEST_F(SensorTest, Prefixes17And16FallInRangeZeroOfTheUnitTable) {
+    // On a unit whose names change with the range, both read the range-0 name with no shift, so
+    // the scale is the base scale itself and a raw value scales by it.
+    Definition d;
+    d.unit = 2;
+    d.prefix = 17;
+    auto seventeen = Make(1, d, ValueBytes(0, 7, 0, 0, 0));
+    EXPECT_EQ(seventeen->UnitName(), "Volts");
+    EXPECT_EQ(seventeen->Scale(), 1);
+    EXPECT_DOUBLE_EQ(seventeen->ValueNow(), 70.0);
+    d.prefix = 16;
+    auto sixteen = Make(2, d, ValueBytes(1, 3, 0, 0, 0));
+    EXPECT_EQ(sixteen->UnitName(), "Volts");
+    EXPECT_EQ(sixteen->Scale(), -16);
+    EXPECT_DOUBLE_EQ(sixteen->ValueNow(), 3e-16);
+    // Unlike their neighbours 20 (range 1) and 4 (range -1).
+    d.prefix = 20;
+    EXPECT_EQ(Make(3, d, ValueBytes(2, 0, 0, 0, 0))->UnitName(), "kV");
+    d.prefix = 4;
+    EXPECT_EQ(Make(4, d, ValueBytes(3, 0, 0, 0, 0))->UnitName(), "mV");
+}
+
 TEST_F(SensorTest, DescriptionLosesOneTrailingNul) {
     Definition d;
     d.description = Bytes("ABC\0", 4);

@@ -3,6 +3,7 @@
 #include "rdm/tables/RdmTables.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <set>
 #include <string>
 
@@ -92,6 +93,24 @@ TEST(RdmTables, Categories14Rows) {
     EXPECT_EQ(CategoryText(0x0903), "Audio Visual");
     EXPECT_EQ(CategoryText(0x7101), "Test Equipment");
     EXPECT_EQ(CategoryText(0x0B00), "Proprietory Equipment");
+}
+
+TEST(RdmTables, CategoryLowByteTextsPerRow) {
+    std::map<int32_t, size_t> counts;
+    for (const auto& row : Categories()) {
+        counts[row.high] = row.lowTexts.size();
+    }
+    const std::map<int32_t, size_t> expected = {{0x00, 0}, {0x01, 4}, {0x02, 6}, {0x03, 0}, {0x04, 2},
+                                                {0x05, 8}, {0x06, 0}, {0x07, 0}, {0x08, 2}, {0x09, 2},
+                                                {0x0A, 0}, {0x70, 0}, {0x71, 0}, {-1, 0}};
+    EXPECT_EQ(counts, expected);
+    // A low byte with no row leaves the base text alone.
+    EXPECT_EQ(CategoryText(0x0106), "Luminary");
+    EXPECT_EQ(CategoryText(0x0506), "Dimmer");
+    EXPECT_EQ(CategoryText(0x0509), "Dimmer - LED control");
+    EXPECT_EQ(CategoryText(0x0402), "Effects - Pyro");
+    EXPECT_EQ(CategoryText(0x0802), "Data Interface - Protocol");
+    EXPECT_EQ(CategoryText(0x0301), "Projector");
 }
 
 TEST(RdmTables, ProductDetails80Rows) {

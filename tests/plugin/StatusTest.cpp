@@ -42,6 +42,19 @@ TEST_F(StatusTest, Firmware0_3_10AgainstTheStored0_3_010ComparesAsEqual) {
     EXPECT_EQ(Versions::Compare("0.3.010", "0.3.10"), 0);
 }
 
+TEST_F(StatusTest, StoredFirmwareFieldsCompareAsNumbersNotAsTexts) {
+    // As texts "010" sorts before "9"; as numbers the stored 0.3.010 is the newer.
+    DEV_Status status;
+    ExpectProbe(2, B({1, 0}), "0.3.9");
+    status.Probe(false);
+    EXPECT_TRUE(status.Updates());
+    // And a device one past the stored value has no update.
+    DEV_Status ahead;
+    ExpectProbe(2, B({1, 0}), "0.3.11");
+    ahead.Probe(false);
+    EXPECT_FALSE(ahead.Updates());
+}
+
 TEST_F(StatusTest, FirmwareWithTwoFieldsReadsAsIfItHadAThirdFieldOf0) {
     EXPECT_EQ(Versions::Compare("0.3.0", "0.3"), 0);
     EXPECT_EQ(Versions::Compare("0.3.1", "0.3"), 1);

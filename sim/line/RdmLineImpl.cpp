@@ -272,6 +272,10 @@ int32_t MapReply(const Packet& request, const WireResult& result, Uid controller
         response += reply.data;
         if (reply.portOrType == kAckOverflow)
             return status::kOverflow;
+        // A collected answer is reported as done: its leading PID tells the host what it answers.
+        // Messages still waiting are told at the next ordinary transaction.
+        if (queued)
+            return status::kOk;
         return reply.messageCount > 0 ? status::kQueued : status::kOk;
     case kAckTimer:
         if (reply.data.size() != 2)

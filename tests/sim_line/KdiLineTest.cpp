@@ -158,9 +158,10 @@ TEST_F(KdiLine, DefaultStageThroughTheLibrary) {
     EXPECT_EQ(delayed.data, B({0x00, 0x0C}));
     lib.Advance(1.3);
     const auto collected = lib.Command(58, B({fog}));
-    EXPECT_EQ(collected.status, 17) << "its low-fluid warning is still queued";
+    EXPECT_EQ(collected.status, 0) << "the collected answer is done";
     ASSERT_EQ(collected.data.size(), 11u);
     EXPECT_EQ(collected.data.substr(0, 3), B({0x02, 0x01, 0x00}));
+    EXPECT_EQ(lib.Command(56, Header(fog, 0, 0x0082)).status, 17) << "its low-fluid warning is still queued";
 
     // The pixel processor's parameter list comes in two parts.
     const int wall = TokenOf(uids, B({0x7F, 0xF3, 0x00, 0x02, 0xF0, 0x0D}));

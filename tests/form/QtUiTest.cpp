@@ -1,6 +1,8 @@
 // The Qt message boxes, input box and mouse pointer of the UI seam, answered by timers.
 #include "framework/form/QtUi.h"
 
+#include "device_link/core/ErrTrap.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QInputDialog>
@@ -50,6 +52,54 @@ TEST(QtUiTest, ClickingRetryAnswersRetry) {
     WhenBoxShows([](QMessageBox& box) { box.button(QMessageBox::Retry)->click(); });
     EXPECT_EQ(ui.MsgBox("Local device is not responding", vb::RetryCancel | vb::Question, std::string("t")),
               vb::Retry);
+}
+
+// The retry box of a captured error, on the real boxes: only the Retry button retries.
+class RetryBoxTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ErrTrap::ResetForTest();
+        previous_ = SetUi(&ui_);
+        try {
+            ErrTrap::Raise(0x103, "");
+        } catch (const ZolError&) {
+            ErrTrap::Capture();
+        }
+    }
+    void TearDown() override { SetUi(previous_); }
+    QtUi ui_;
+    Ui* previous_ = nullptr;
+};
+
+TEST_F(RetryBoxTest, ReportWithRetryAnswersFalseWhenTheBoxIsClosed) {
+    QString title;
+    QString text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    bool hasRetry = false;
+    bool hasCancel = false;
+    WhenBoxShows([&](QMessageBox& box) {
+        title = box.windowTitle();
+        text = box.text();
+        icon = box.icon();
+        hasRetry = box.button(QMessageBox::Retry) != nullptr;
+        hasCancel = box.button(QMessageBox::Cancel) != nullptr;
+        box.close();
+    });
+    EXPECT_FALSE(ErrTrap::Report("KARN DMX-ZOL MK1 Plugin - Input", true));
+    EXPECT_EQ(title, "KARN DMX-ZOL MK1 Plugin - Input");
+    EXPECT_EQ(text, "Local device is not responding");
+    EXPECT_EQ(icon, QMessageBox::Question);
+    EXPECT_TRUE(hasRetry);
+    EXPECT_TRUE(hasCancel);
+}
+
+TEST_F(RetryBoxTest, ReportWithRetryAnswersFalseOnCancelAndTrueOnlyOnRetry) {
+    WhenBoxShows([](QMessageBox& box) { box.button(QMessageBox::Cancel)->click(); });
+    EXPECT_FALSE(ErrTrap::Report("Device Discovery", true));
+    WhenBoxShows([](QMessageBox& box) { box.button(QMessageBox::Retry)->click(); });
+    EXPECT_TRUE(ErrTrap::Report("Device Discovery", true));
+    WhenBoxShows([](QMessageBox& box) { box.close(); });
+    EXPECT_FALSE(ErrTrap::Retry("Device Discovery"));
 }
 
 TEST(QtUiTest, ClosingAnOkOnlyBoxAnswersOkAndTheTitleDefaultsToTheApplications) {

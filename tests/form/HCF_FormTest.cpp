@@ -142,6 +142,24 @@ TEST_F(HcfFormTest, AViewAtANegativeLeftOrTopCannotBeSaved) {
     EXPECT_EQ(AUF_Registry::ReadLong("Child_PosX", -1), -1);
 }
 
+TEST_F(HcfFormTest, AViewAtANegativeTopStoresItsLeftAndThenStopsAtTheTop) {
+    AUF_Registry::WriteValue("Child_PosY", int16_t(450));
+    zoo.Register("Child");
+    HCF_Form::Create()->OpenForm("Child", true);
+    FakeView* child = zoo.Last("Child");
+    child->left = 900;
+    child->top = -30;
+    ui.AnswerWith([](const test::ShownBox& box) {
+        EXPECT_EQ(box.Icon(), vb::Critical);
+        return vb::OK;
+    });
+    EXPECT_THROW(child->Unload(), HaltSignal);
+    EXPECT_EQ(ui.halts, 1);
+    // Left is written first; the failed write of Top leaves the stored value as it was.
+    EXPECT_EQ(AUF_Registry::ReadLong("Child_PosX", -1), 900);
+    EXPECT_EQ(AUF_Registry::ReadLong("Child_PosY", -1), 450);
+}
+
 TEST_F(HcfFormTest, BugOutOnAClosedControllerStoresTheCodeAndDoesNothingElse) {
     zoo.Register("Parent");
     zoo.Register("Child");

@@ -71,9 +71,9 @@ TEST(CDW_FileFind, SeveralNamesGiveFolderWithSeparator) {
     EXPECT_EQ(ui.fileRequests.at(0).flags, zol::ofn::AllowMultiSelect);
 }
 
-// ---- The edge cases ----
+// ---- Extensions, bounds, cancel and other screens ----
 
-TEST(CDW_FileFindEdge, ThreeCharacterExtensionAcceptedFourRefused) {
+TEST(CDW_FileFind, ThreeCharacterExtensionAcceptedFourRefused) {
     ScriptedUi ui;
     CDW_FileFind find;
     find.AddFilter("Flash Files ", "FUD");
@@ -88,7 +88,7 @@ TEST(CDW_FileFindEdge, ThreeCharacterExtensionAcceptedFourRefused) {
     EXPECT_EQ(find.Filters()[0].second, ".FUD");
 }
 
-TEST(CDW_FileFindEdge, EmptyExtensionPasses) {
+TEST(CDW_FileFind, EmptyExtensionPasses) {
     ScriptedUi ui;
     CDW_FileFind find;
     find.AddFilter("Anything", "");
@@ -96,7 +96,7 @@ TEST(CDW_FileFindEdge, EmptyExtensionPasses) {
     EXPECT_EQ(find.Filters()[0].second, ".");
 }
 
-TEST(CDW_FileFindEdge, FileNameOutsideArrayIsBoundsError) {
+TEST(CDW_FileFind, FileNameOutsideArrayIsBoundsError) {
     ScriptedUi ui;
     CDW_FileFind find;
     ui.QueueFileDialog({true, "/data", {"a.FUD"}});
@@ -110,7 +110,7 @@ TEST(CDW_FileFindEdge, FileNameOutsideArrayIsBoundsError) {
     EXPECT_THROW(find.FileName(0), zol::RuntimeFault);
 }
 
-TEST(CDW_FileFindEdge, SearchAfterCancelReturnsFalse) {
+TEST(CDW_FileFind, SearchAfterCancelReturnsFalse) {
     ScriptedUi ui;
     CDW_FileFind find;
     find.FilePath("/start");
@@ -120,7 +120,7 @@ TEST(CDW_FileFindEdge, SearchAfterCancelReturnsFalse) {
     EXPECT_EQ(find.FileCount(), 0);
 }
 
-TEST(WinResEdge, NothingChangesAtTwelveTwipsPerPixel) {
+TEST(WinRes, NothingChangesAtTwelveTwipsPerPixel) {
     TwipsScope scope(12);
     QWidget view;
     view.resize(300, 200);

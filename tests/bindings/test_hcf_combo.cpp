@@ -168,9 +168,9 @@ TEST(HCF_Combo, EnterMovesToNextControl) {
     EXPECT_TRUE(f.next->hasFocus());
 }
 
-// ---- The edge cases ----
+// ---- When Change is raised and when it is not ----
 
-TEST(HCF_ComboEdge, ChangeNotRaisedForEmptyText) {
+TEST(HCF_Combo, ChangeNotRaisedForEmptyText) {
     ComboFixture f(true);
     f.Fill();
     f.binding.Value(20);
@@ -181,7 +181,7 @@ TEST(HCF_ComboEdge, ChangeNotRaisedForEmptyText) {
     EXPECT_EQ(f.changes, std::vector<int16_t>({20}));
 }
 
-TEST(HCF_ComboEdge, RevertRaisesNoChangeButEscapeDoes) {
+TEST(HCF_Combo, RevertRaisesNoChangeButEscapeDoes) {
     ComboFixture f;
     f.Fill();
     f.binding.Value(10);
@@ -199,7 +199,7 @@ TEST(HCF_ComboEdge, RevertRaisesNoChangeButEscapeDoes) {
     EXPECT_EQ(f.changes, std::vector<int16_t>({10}));
 }
 
-TEST(HCF_ComboEdge, ValueAlreadySelectedRaisesNoError) {
+TEST(HCF_Combo, ValueAlreadySelectedRaisesNoError) {
     ScriptedUi ui; // fails the test on any box
     ComboFixture f;
     f.Fill();

@@ -223,9 +223,9 @@ TEST(HCF_List, ShowsRowsWithoutScrollBarThenScrolls) {
     EXPECT_TRUE(f.tree->verticalScrollBar()->isVisible());
 }
 
-// ---- The edge cases ----
+// ---- Keys, order, widths and scaling ----
 
-TEST(HCF_ListEdge, AddRowWithExistingKeyChangesNothing) {
+TEST(HCF_List, AddRowWithExistingKeyChangesNothing) {
     ListFixture f;
     f.binding.AddRow(5, "old|1", "|", kRed);
     f.binding.AddRow(5, "new|2", "|", kBlue);
@@ -234,7 +234,7 @@ TEST(HCF_ListEdge, AddRowWithExistingKeyChangesNothing) {
     EXPECT_EQ(f.tree->topLevelItem(0)->foreground(1).color(), QColor(255, 0, 0));
 }
 
-TEST(HCF_ListEdge, RowsSortedByNumericKey) {
+TEST(HCF_List, RowsSortedByNumericKey) {
     ListFixture f(20);
     for (int k : {10, 2, 9, 1, 100, 11}) {
         f.binding.AddRow(k, "x", "|", kBlack);
@@ -242,7 +242,7 @@ TEST(HCF_ListEdge, RowsSortedByNumericKey) {
     EXPECT_EQ(f.Keys(), std::vector<std::string>({"1", "2", "9", "10", "11", "100"}));
 }
 
-TEST(HCF_ListEdge, DeletingSelectedRowSetsIndexZero) {
+TEST(HCF_List, DeletingSelectedRowSetsIndexZero) {
     ListFixture f;
     f.binding.AddRow(1, "a|1", "|", kBlack);
     f.binding.AddRow(2, "b|2", "|", kBlack);
@@ -256,7 +256,7 @@ TEST(HCF_ListEdge, DeletingSelectedRowSetsIndexZero) {
     EXPECT_EQ(f.tree->topLevelItemCount(), 0);
 }
 
-TEST(HCF_ListEdge, WidthGrowsAndFallsExactlyAtRows) {
+TEST(HCF_List, WidthGrowsAndFallsExactlyAtRows) {
     ListFixture f(3);
     const int32_t total = f.binding.TotalWidth();
     for (int k = 1; k <= 3; ++k) {
@@ -280,14 +280,14 @@ TEST(HCF_ListEdge, WidthGrowsAndFallsExactlyAtRows) {
     EXPECT_EQ(f.tree->width(), pixels);
 }
 
-TEST(HCF_ListEdge, NoScalingAtOtherTwipsPerPixel) {
+TEST(HCF_List, NoScalingAtOtherTwipsPerPixel) {
     ListFixture f(4, 12);
     EXPECT_EQ(f.binding.Widths(), std::vector<int32_t>({600, 1000, 400}));
     EXPECT_EQ(f.binding.HeightTwips(), 1050);
     EXPECT_EQ(f.tree->columnWidth(0), 50); // 600 twips at 12 a pixel
 }
 
-TEST(HCF_ListEdge, FewerFieldsThanColumnsLeavesLastEmpty) {
+TEST(HCF_List, FewerFieldsThanColumnsLeavesLastEmpty) {
     ListFixture f;
     f.binding.AddRow(1, "only", "|", kBlack);
     auto* item = f.tree->topLevelItem(0);

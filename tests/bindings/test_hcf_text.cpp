@@ -371,9 +371,9 @@ TEST(HCF_TextValue, RevertPutsBackSaved) {
     EXPECT_EQ(f.binding.Filled(), 2);
 }
 
-// ---- The edge cases ----
+// ---- Editing at the ends of the mask, escape and space ----
 
-TEST(HCF_TextEdge, MaskWithBadField2LeavesMaxLengthZero) {
+TEST(HCF_TextMask, BadField2LeavesMaxLengthZero) {
     ScriptedUi ui;
     ui.Answer(zol::vb::OK);
     HCF_Text t;
@@ -381,9 +381,18 @@ TEST(HCF_TextEdge, MaskWithBadField2LeavesMaxLengthZero) {
     EXPECT_EQ(t.MaxLength(), 0);
     ASSERT_EQ(ui.boxes.size(), 1u);
     EXPECT_EQ(ui.boxes[0].prompt, "Input mask Value \"x\" not valid for field 2");
+    EXPECT_EQ(ui.boxes[0].style, zol::vb::OKOnly);
+    // Also after a mask that counted: the bad field leaves 0, not the earlier count.
+    t.Mask("0999;1");
+    ASSERT_EQ(t.MaxLength(), 4);
+    ui.Answer(zol::vb::OK);
+    t.Mask("0999;2");
+    EXPECT_EQ(t.MaxLength(), 0);
+    ASSERT_EQ(ui.boxes.size(), 2u);
+    EXPECT_EQ(ui.boxes[1].prompt, "Input mask Value \"2\" not valid for field 2");
 }
 
-TEST(HCF_TextEdge, BackspaceAtFirstEditablePositionBeepsAndChangesNothing) {
+TEST(HCF_TextEditing, BackspaceAtFirstEditablePositionBeepsAndChangesNothing) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("/-000");
@@ -397,7 +406,7 @@ TEST(HCF_TextEdge, BackspaceAtFirstEditablePositionBeepsAndChangesNothing) {
     EXPECT_EQ(f.binding.Text(), Z(4));
 }
 
-TEST(HCF_TextEdge, TypingPastLastPositionThenNextKeyRefused) {
+TEST(HCF_TextEditing, TypingPastLastPositionThenNextKeyRefused) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("00");
@@ -412,7 +421,7 @@ TEST(HCF_TextEdge, TypingPastLastPositionThenNextKeyRefused) {
     EXPECT_EQ(f.binding.Filled(), 2);
 }
 
-TEST(HCF_TextEdge, DeleteOnEmptyPositionKeepsFilled) {
+TEST(HCF_TextEditing, DeleteOnEmptyPositionKeepsFilled) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("0000");
@@ -426,7 +435,7 @@ TEST(HCF_TextEdge, DeleteOnEmptyPositionKeepsFilled) {
     EXPECT_EQ(ui.beeps, 0);
 }
 
-TEST(HCF_TextEdge, TextLongerThanMaxLengthCutBeforeLiteralsInserted) {
+TEST(HCF_TextValue, TextLongerThanMaxLengthCutBeforeLiteralsInserted) {
     TextFixture f;
     f.binding.Mask("00-00");
     ASSERT_EQ(f.binding.MaxLength(), 4);
@@ -436,7 +445,7 @@ TEST(HCF_TextEdge, TextLongerThanMaxLengthCutBeforeLiteralsInserted) {
     EXPECT_EQ(f.binding.Filled(), 5);
 }
 
-TEST(HCF_TextEdge, EscapeOnFieldThatHeldNothingThenFocusBeginsEdit) {
+TEST(HCF_TextEditing, EscapeOnFieldThatHeldNothingThenFocusBeginsEdit) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("0999");
@@ -452,7 +461,7 @@ TEST(HCF_TextEdge, EscapeOnFieldThatHeldNothingThenFocusBeginsEdit) {
     EXPECT_EQ(f.binding.Text(), Z(4));
 }
 
-TEST(HCF_TextEdge, AfterEscapeTextGivesWhatWasTyped) {
+TEST(HCF_TextEditing, AfterEscapeTextGivesWhatWasTyped) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("0999");
@@ -465,7 +474,7 @@ TEST(HCF_TextEdge, AfterEscapeTextGivesWhatWasTyped) {
     EXPECT_TRUE(f.updates.empty());
 }
 
-TEST(HCF_TextEdge, SpaceAtNinePositionCountsFilledButLeavesNoCharacter) {
+TEST(HCF_TextEditing, SpaceAtNinePositionCountsFilledButLeavesNoCharacter) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("0999");
@@ -476,7 +485,7 @@ TEST(HCF_TextEdge, SpaceAtNinePositionCountsFilledButLeavesNoCharacter) {
     EXPECT_EQ(f.updates, std::vector<std::string>({"1"}));
 }
 
-TEST(HCF_TextEdge, TextWrittenWhileEditingStaysInEdit) {
+TEST(HCF_TextEditing, TextWrittenWhileEditingStaysInEdit) {
     ScriptedUi ui;
     TextFixture f;
     f.binding.Mask("0999");
@@ -492,7 +501,7 @@ TEST(HCF_TextEdge, TextWrittenWhileEditingStaysInEdit) {
     EXPECT_EQ(f.updates, std::vector<std::string>({"55"}));
 }
 
-TEST(HCF_TextEdge, RevertLeavesEditingSoFocusOnlyReselects) {
+TEST(HCF_TextEditing, RevertLeavesEditingSoFocusOnlyReselects) {
     TextFixture f;
     f.binding.Mask("0999");
     f.binding.Text("42");

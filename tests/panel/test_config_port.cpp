@@ -123,9 +123,9 @@ TEST_F(ConfigPortTest, ConnectionErrorInsideIsShownByThePanel) {
     EXPECT_EQ(Status(panel), "Disconnected");
 }
 
-// ---- The edge cases ----
+// ---- No port, a port in use, a port gone ----
 
-TEST_F(ConfigPortTest, EdgeNoPortAtAll) {
+TEST_F(ConfigPortTest, WithNoPortAtAllTheListIsEmptyAndThePlugShownButDisabled) {
     ScriptedDeviceLibrary lib;
     lib.portNames.clear();
     User_Main* panel = OpenPanel();
@@ -137,7 +137,7 @@ TEST_F(ConfigPortTest, EdgeNoPortAtAll) {
     });
 }
 
-TEST_F(ConfigPortTest, EdgeWhilePortInUseTheChoiceIsDisabled) {
+TEST_F(ConfigPortTest, WhileThePortIsInUseTheChoiceIsDisabled) {
     AUF_Registry::WriteValue("PortUsed", std::string("ZOL USB 1"));
     User_Main* panel = OpenPanel();
     InConfigPort(panel, [&](QWidget* view) {
@@ -149,7 +149,7 @@ TEST_F(ConfigPortTest, EdgeWhilePortInUseTheChoiceIsDisabled) {
     });
 }
 
-TEST_F(ConfigPortTest, EdgeIndexAbovePortCountIsNoChoice) {
+TEST_F(ConfigPortTest, AnIndexAboveThePortCountIsNoChoice) {
     ScriptedDeviceLibrary lib;
     lib.portNames = {"ZOL USB 1", "ZOL USB 2", "ZOL USB 3"};
     control->Port()->SetIndex(3);

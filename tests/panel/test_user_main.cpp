@@ -406,16 +406,16 @@ TEST_F(PanelTest, WrongDataClassIsRefused) {
     EXPECT_EQ(panel->Control(), nullptr);
 }
 
-// ---- The edge cases ----
+// ---- The device popup, connecting without a remembered port, a failed connect ----
 
-TEST_F(PanelTest, EdgeRightClickOnDeviceWhileDisconnectedShowsOnlyConnection) {
+TEST_F(PanelTest, RightClickOnDeviceWhileDisconnectedShowsOnlyConnection) {
     User_Main* panel = OpenPanel();
     std::string name;
     Click(panel, "Image_Device", Qt::RightButton);
     EXPECT_EQ(OpenPopupEntries(&name), std::vector<std::string>({"&Connection"}));
 }
 
-TEST_F(PanelTest, EdgeWithNoRememberedPortPlugOpensConfigPortAndPanelShowsItsResult) {
+TEST_F(PanelTest, WithNoRememberedPortThePlugOpensConfigPortAndThePanelShowsItsResult) {
     NoNewerFirmwareForPort2();
     User_Main* panel = OpenPanel();
     bool opened = false;
@@ -432,7 +432,7 @@ TEST_F(PanelTest, EdgeWithNoRememberedPortPlugOpensConfigPortAndPanelShowsItsRes
     EXPECT_TRUE(Widget(panel, "Image_Plug_0")->isVisible());
 }
 
-TEST_F(PanelTest, EdgeSeizeFailingWithConnectionErrorLeavesDisconnectedAndPlugUsable) {
+TEST_F(PanelTest, SeizeFailingWithAConnectionErrorLeavesDisconnectedAndThePlugUsable) {
     RememberPort("ZOL USB 1");
     User_Main* panel = OpenPanel();
     Sim("fail open -1");

@@ -55,7 +55,7 @@ protected:
     ScriptedUi ui_;
 };
 
-// ---- Edge cases ----
+// ---- Values that cannot be written or read, odd names, defaults ----
 
 TEST_F(RegistryTest, ANegativeIntegerOrLongCannotBeWrittenAndStopsTheProgram) {
     AUF_Registry::WriteValue("User_Main_PosX", int16_t{120});

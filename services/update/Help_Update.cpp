@@ -128,7 +128,20 @@ void Help_Update::StartCheck() {
     const web::HostPort server = web::SplitHostPort(hostName_, 80);
     closedByCheck_ = false;
     winsock_->abort();
-    winsock_->connectToHost(QString::fromStdString(server.host), server.port);
+    if (web::IsReservedInvalidName(server.host)) {
+        // Names under ".invalid" never resolve: they are not looked up, and the check meets the
+        // host-not-found event as it would after a failed lookup.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (!closedByCheck_) {
+                    Winsock_Error(kSocketHostNotFound, "Host not found");
+                }
+            },
+            Qt::QueuedConnection);
+    } else {
+        winsock_->connectToHost(QString::fromStdString(server.host), server.port);
+    }
     ui().SetMousePointer(kPointerHourglass);
 }
 

@@ -60,6 +60,27 @@ HostPort SplitHostPort(const std::string& text, uint16_t defaultPort) {
     return result;
 }
 
+bool IsReservedInvalidName(const std::string& host) {
+    std::string name = host;
+    if (!name.empty() && name.back() == '.') {
+        name.pop_back();
+    }
+    static const std::string kLabel = "invalid";
+    if (name.size() < kLabel.size()) {
+        return false;
+    }
+    const size_t start = name.size() - kLabel.size();
+    if (start > 0 && name[start - 1] != '.') {
+        return false;
+    }
+    for (size_t i = 0; i < kLabel.size(); ++i) {
+        if (std::tolower(static_cast<unsigned char>(name[start + i])) != kLabel[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string SupportPage() {
     return "http://" + UpdateHost() + "/support/";
 }

@@ -20,6 +20,10 @@ struct HostPort {
 // `defaultPort` and the whole text is the host.
 HostPort SplitHostPort(const std::string& text, uint16_t defaultPort = 80);
 
+// True for a name under the reserved top-level domain "invalid", which never resolves and is
+// therefore never looked up ("updates.example.invalid", "x.INVALID.").
+bool IsReservedInvalidName(const std::string& host);
+
 // The support page, at "/support/" of the update server.
 std::string SupportPage();
 // The maker's home page.

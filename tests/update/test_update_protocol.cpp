@@ -129,6 +129,15 @@ TEST(UpdateProtocol, GarbageAnswersEitherReadOrFailWithARunTimeFault) {
     }
 }
 
+TEST(WebAddress, NamesUnderTheInvalidDomainAreKnownWithoutALookup) {
+    EXPECT_TRUE(web::IsReservedInvalidName("updates.zol-test.invalid"));
+    EXPECT_TRUE(web::IsReservedInvalidName("X.INVALID."));
+    EXPECT_TRUE(web::IsReservedInvalidName("invalid"));
+    EXPECT_FALSE(web::IsReservedInvalidName("notinvalid"));
+    EXPECT_FALSE(web::IsReservedInvalidName("invalid.example"));
+    EXPECT_FALSE(web::IsReservedInvalidName("127.0.0.1"));
+}
+
 TEST(WebAddress, HostAndPortSplit) {
     EXPECT_EQ(web::SplitHostPort("127.0.0.1:8080").host, "127.0.0.1");
     EXPECT_EQ(web::SplitHostPort("127.0.0.1:8080").port, 8080);

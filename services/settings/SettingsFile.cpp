@@ -1,5 +1,7 @@
 #include "services/settings/SettingsFile.h"
 
+#include "services/strings/StrFormat.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -12,8 +14,6 @@ namespace zol::settings_file {
 
 namespace {
 
-constexpr const char* kHexDigits = "0123456789ABCDEF";
-
 std::function<bool(WriteStage)>& failHook() {
     static std::function<bool(WriteStage)> hook;
     return hook;
@@ -25,23 +25,6 @@ bool FailAt(WriteStage stage) {
 
 char Lower(char c) {
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-int HexValue(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    return -1;
-}
-
-std::string HexByte(unsigned char byte) {
-    return {kHexDigits[byte >> 4], kHexDigits[byte & 0x0F]};
 }
 
 std::string Quote(const std::string& text) {
@@ -69,24 +52,13 @@ std::string Quote(const std::string& text) {
             break;
         default:
             if (byte < 0x20 || byte == 0x7F) {
-                out += "\\x" + HexByte(byte);
+                out += "\\x" + StrFormat::BytesToHex(std::string(1, c), "");
             } else {
                 out += c;
             }
         }
     }
     return out + "\"";
-}
-
-std::string HexBytes(const std::string& data) {
-    std::string out;
-    for (unsigned char byte : data) {
-        if (!out.empty()) {
-            out += ' ';
-        }
-        out += HexByte(byte);
-    }
-    return out;
 }
 
 std::string Encode(const StoredValue& value) {
@@ -99,15 +71,12 @@ std::string Encode(const StoredValue& value) {
             return "sz:" + Quote(d.substr(0, d.size() - 1));
         }
     } else if (value.type == kTypeDword && d.size() == 4) {
-        std::string out = "dword:";
-        for (int i = 3; i >= 0; --i) {
-            out += HexByte(static_cast<unsigned char>(d[static_cast<size_t>(i)]));
-        }
-        return out;
+        // Most significant byte first.
+        return "dword:" + StrFormat::BytesToHex(std::string(d.rbegin(), d.rend()), "");
     } else if (value.type == kTypeBinary) {
-        return "binary:" + HexBytes(d);
+        return "binary:" + StrFormat::BytesToHex(d, " ");
     }
-    return "hex(" + std::to_string(value.type) + "):" + HexBytes(d);
+    return "hex(" + std::to_string(value.type) + "):" + StrFormat::BytesToHex(d, " ");
 }
 
 // A cursor over one line.
@@ -163,16 +132,11 @@ public:
                 out += '\0';
                 break;
             case 'x': {
-                if (pos_ + 2 > line_.size()) {
+                const auto byte = HexPair();
+                if (!byte) {
                     return std::nullopt;
                 }
-                const int high = HexValue(line_[pos_]);
-                const int low = HexValue(line_[pos_ + 1]);
-                if (high < 0 || low < 0) {
-                    return std::nullopt;
-                }
-                out += static_cast<char>(high * 16 + low);
-                pos_ += 2;
+                out += *byte;
                 break;
             }
             default:
@@ -191,16 +155,11 @@ public:
             if (AtEnd()) {
                 return out;
             }
-            if (pos_ + 2 > line_.size()) {
+            const auto byte = HexPair();
+            if (!byte) {
                 return std::nullopt;
             }
-            const int high = HexValue(line_[pos_]);
-            const int low = HexValue(line_[pos_ + 1]);
-            if (high < 0 || low < 0) {
-                return std::nullopt;
-            }
-            out += static_cast<char>(high * 16 + low);
-            pos_ += 2;
+            out += *byte;
             if (!AtEnd() && line_[pos_] != ' ' && line_[pos_] != '\t' && line_[pos_] != ',') {
                 return std::nullopt;
             }
@@ -224,7 +183,7 @@ public:
         }
         uint32_t value = 0;
         for (size_t i = 0; i < 8; ++i) {
-            const int digit = HexValue(line_[pos_ + i]);
+            const int digit = StrFormat::HexDigitValue(line_[pos_ + i]);
             if (digit < 0) {
                 return std::nullopt;
             }
@@ -239,6 +198,21 @@ public:
     }
 
 private:
+    // Two hexadecimal digits at the cursor as one byte, the cursor past them; nothing when they
+    // are missing or not hexadecimal.
+    std::optional<char> HexPair() {
+        if (pos_ + 2 > line_.size()) {
+            return std::nullopt;
+        }
+        const int high = StrFormat::HexDigitValue(line_[pos_]);
+        const int low = StrFormat::HexDigitValue(line_[pos_ + 1]);
+        if (high < 0 || low < 0) {
+            return std::nullopt;
+        }
+        pos_ += 2;
+        return static_cast<char>(high * 16 + low);
+    }
+
     const std::string& line_;
     size_t pos_ = 0;
 };

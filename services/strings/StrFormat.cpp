@@ -9,8 +9,11 @@ namespace {
 
 constexpr const char* kHexDigits = "0123456789ABCDEF";
 
-// The value of one hexadecimal digit, or -1 for any other character.
-int DigitValue(char c) {
+} // namespace
+
+namespace StrFormat {
+
+int HexDigitValue(char c) {
     if (c >= '0' && c <= '9') {
         return c - '0';
     }
@@ -23,10 +26,6 @@ int DigitValue(char c) {
     return -1;
 }
 
-} // namespace
-
-namespace StrFormat {
-
 std::string HexToBytes(std::string& hex) {
     if (hex.size() % 2 != 0) {
         hex += "0";
@@ -35,7 +34,7 @@ std::string HexToBytes(std::string& hex) {
     out.reserve(hex.size() / 2);
     int high = 0;
     for (size_t i = 0; i < hex.size(); ++i) {
-        const int value = DigitValue(hex[i]);
+        const int value = HexDigitValue(hex[i]);
         if (value < 0) {
             // A text that is not hexadecimal here is a fault of the program: it stops on the spot.
             ui().MsgBox("Hex String " + hex, vb::Critical, std::string("Unexpected Error"));

@@ -8,6 +8,8 @@
 namespace zol {
 
 namespace StrFormat {
+// The value of one hexadecimal digit (either case), or -1 for any other character.
+int HexDigitValue(char c);
 // Pairs of hex digits to bytes. An odd length gets a "0" appended, in the caller's own text. Any
 // other character shows "Hex String " + the text (critical, "Unexpected Error") and halts.
 std::string HexToBytes(std::string& hex);

@@ -15,15 +15,6 @@ namespace zol::rdm {
 
 namespace {
 
-std::string Trim(const std::string& text) {
-    const size_t first = text.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    const size_t last = text.find_last_not_of(' ');
-    return text.substr(first, last - first + 1);
-}
-
 std::vector<std::string> Split(const std::string& text, char delimiter) {
     std::vector<std::string> pieces;
     size_t start = 0;
@@ -40,11 +31,11 @@ std::vector<std::string> Split(const std::string& text, char delimiter) {
 
 // The last blank-separated word of the trimmed text, trimmed; empty when there is none.
 std::string LastWord(const std::string& piece) {
-    const std::string trimmed = Trim(piece);
+    const std::string trimmed = Text::TrimBlanks(piece);
     if (trimmed.empty()) {
         return {};
     }
-    return Trim(Split(trimmed, ' ').back());
+    return Text::TrimBlanks(Split(trimmed, ' ').back());
 }
 
 } // namespace
@@ -113,7 +104,7 @@ void RDM_Status::ParsData(const Bytes& data) {
             }
             current = value2_;
         }
-        message_ = Trim(pieces[0] + result);
+        message_ = Text::TrimBlanks(pieces[0] + result);
     });
 }
 

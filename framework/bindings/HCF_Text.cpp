@@ -16,15 +16,6 @@ constexpr const char* kClassTitle = "InputFilter Class";
 // Position counters are 8-bit: a mask has at most this many positions.
 constexpr size_t kMaxPositions = 255;
 
-std::string Trim(const std::string& text) {
-    const auto first = text.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    const auto last = text.find_last_not_of(' ');
-    return text.substr(first, last - first + 1);
-}
-
 bool IsEntryCharacter(char c) {
     switch (c) {
     case '0':
@@ -78,7 +69,7 @@ void HCF_Text::Assign(QWidget* control) {
 void HCF_Text::Mask(const std::string& mask) {
     maxLength_ = 0;
     const std::string pattern = Text::ItemOf(mask, 1, ";");
-    const std::string keep = Trim(Text::ItemOf(mask, 2, ";"));
+    const std::string keep = Text::TrimBlanks(Text::ItemOf(mask, 2, ";"));
     const std::string holder = Text::ItemOf(mask, 3, ";");
 
     if (keep.empty() || keep == "0") {

@@ -6,6 +6,7 @@
 #include "plugin/core/FindForm.h"
 #include "plugin/core/IO_Tasks.h"
 #include "services/settings/AUF_Registry.h"
+#include "services/strings/StrFormat.h"
 
 #include <algorithm>
 #include <cctype>
@@ -17,9 +18,8 @@ namespace {
 constexpr const char* kSettingName = "DMXInActive";
 
 // A stored value that reads as true: the word True in any case, or a number other than 0.
-bool ReadsTrue(std::string value) {
-    value.erase(0, value.find_first_not_of(' '));
-    value.erase(value.find_last_not_of(' ') + 1);
+bool ReadsTrue(const std::string& stored) {
+    const std::string value = Text::TrimBlanks(stored);
     std::string lower = value;
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });

@@ -4,6 +4,7 @@
 #include "framework/seam/Product.h"
 #include "framework/seam/UiSeam.h"
 #include "services/settings/SettingsFile.h"
+#include "services/strings/StrFormat.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -32,27 +33,18 @@ Identity& identity() {
     return instance;
 }
 
-std::string TrimSpaces(const std::string& text) {
-    const size_t first = text.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    const size_t last = text.find_last_not_of(' ');
-    return text.substr(first, last - first + 1);
-}
-
 std::string ValueName(const std::string& name) {
-    std::string trimmed = TrimSpaces(name);
+    std::string trimmed = Text::TrimBlanks(name);
     return trimmed.empty() ? std::string("Default") : trimmed;
 }
 
 // "Software\<company>\<title>"; throws the store failure when either part is missing.
 std::string SectionOrFail() {
-    const std::string company = TrimSpaces(identity().company);
+    const std::string company = Text::TrimBlanks(identity().company);
     if (company.empty()) {
         throw StoreFailure("Application Company Name not set");
     }
-    const std::string title = TrimSpaces(identity().title);
+    const std::string title = Text::TrimBlanks(identity().title);
     if (title.empty()) {
         throw StoreFailure("Application Title is not set");
     }
@@ -203,7 +195,7 @@ template <typename Operation> auto Guarded(Operation operation) -> decltype(oper
 // A text as a number, as a numeric text converts: blanks around it, an optional sign, digits and
 // an optional fraction, rounded half to even.
 std::optional<double> NumberOf(const std::string& text) {
-    std::string trimmed = TrimSpaces(text);
+    std::string trimmed = Text::TrimBlanks(text);
     if (trimmed.empty()) {
         return std::nullopt;
     }
@@ -318,7 +310,7 @@ bool ReadBool(const std::string& name, bool defaultValue) {
         return *integer != 0;
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
-        const std::string trimmed = TrimSpaces(*text);
+        const std::string trimmed = Text::TrimBlanks(*text);
         if (sf::SameName(trimmed, "True")) {
             return true;
         }

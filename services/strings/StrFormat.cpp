@@ -83,6 +83,15 @@ std::string QuoteText(const std::string& value) {
     return "\"" + value + "\"";
 }
 
+std::string TrimBlanks(const std::string& text) {
+    const size_t first = text.find_first_not_of(' ');
+    if (first == std::string::npos) {
+        return {};
+    }
+    const size_t last = text.find_last_not_of(' ');
+    return text.substr(first, last - first + 1);
+}
+
 std::string ItemOf(const std::string& source, int16_t item, const std::string& delimiter) {
     if (delimiter.empty()) {
         // Nothing to split at: the whole text is the first and only item.

@@ -20,6 +20,8 @@ int32_t WordAt(const std::string& data, int16_t position, bool isSigned);
 
 namespace Text {
 std::string QuoteText(const std::string& value);
+// Blanks off both ends (spaces only).
+std::string TrimBlanks(const std::string& text);
 // Item `item` (from 1) of `source` split at `delimiter`; empty past the end.
 std::string ItemOf(const std::string& source, int16_t item, const std::string& delimiter);
 } // namespace Text

@@ -42,15 +42,6 @@ std::vector<std::string> SplitText(const std::string& text, const std::string& d
     return items;
 }
 
-std::string TrimBlanks(const std::string& text) {
-    const size_t first = text.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    const size_t last = text.find_last_not_of(' ');
-    return text.substr(first, last - first + 1);
-}
-
 int ToInteger16(const std::string& text) {
     const std::string t = TrimBlanks(text);
     size_t i = 0;

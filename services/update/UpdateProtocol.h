@@ -4,6 +4,8 @@
 // Failures are the classic run-time faults (9 for a missing part, 13 for a part that is not a
 // number, 6 for one that does not fit 16 bits), so that the view's handler treats them alike.
 
+#include "services/strings/StrFormat.h"
+
 #include <string>
 #include <vector>
 
@@ -50,7 +52,7 @@ bool IsNewer(const std::string& latest, const std::string& present);
 // The split of the classic Split function: an empty text gives no items at all.
 std::vector<std::string> SplitText(const std::string& text, const std::string& delimiter);
 // Blanks off both ends (spaces only).
-std::string TrimBlanks(const std::string& text);
+using Text::TrimBlanks;
 // A part of a version as a 16-bit integer: blanks around are allowed, then an optional sign and
 // digits. Anything else raises run-time error 13, a value outside 16 bits error 6.
 int ToInteger16(const std::string& text);

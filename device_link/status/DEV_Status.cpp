@@ -12,15 +12,12 @@
 namespace zol {
 namespace {
 
-// One field of a version as a number: empty is 0.
-int64_t FieldValue(const std::string& version, int16_t item) {
-    std::string field = Text::ItemOf(version, item, ".");
-    size_t begin = field.find_first_not_of(' ');
-    size_t end = field.find_last_not_of(' ');
-    if (begin == std::string::npos) {
+// One field of a version as a number: blanks alone are 0.
+int64_t FieldValue(const std::string& text) {
+    const std::string field = Text::TrimBlanks(text);
+    if (field.empty()) {
         return 0;
     }
-    field = field.substr(begin, end - begin + 1);
     bool negative = false;
     size_t i = 0;
     if (field[0] == '+' || field[0] == '-') {
@@ -62,9 +59,11 @@ void ProbeFailed(const std::string& source) {
 namespace Versions {
 
 int Compare(const std::string& stored, const std::string& present) {
-    for (int16_t item = 1; item <= 3; ++item) {
-        const int64_t a = FieldValue(stored, item);
-        const int64_t b = FieldValue(present, item);
+    const auto storedFields = Text::VersionFields(stored);
+    const auto presentFields = Text::VersionFields(present);
+    for (size_t i = 0; i < storedFields.size(); ++i) {
+        const int64_t a = FieldValue(storedFields[i]);
+        const int64_t b = FieldValue(presentFields[i]);
         if (a > b) {
             return 1;
         }
@@ -76,8 +75,10 @@ int Compare(const std::string& stored, const std::string& present) {
 }
 
 bool AnyFieldGreater(const std::string& stored, const std::string& present) {
-    for (int16_t item = 1; item <= 3; ++item) {
-        if (FieldValue(stored, item) > FieldValue(present, item)) {
+    const auto storedFields = Text::VersionFields(stored);
+    const auto presentFields = Text::VersionFields(present);
+    for (size_t i = 0; i < storedFields.size(); ++i) {
+        if (FieldValue(storedFields[i]) > FieldValue(presentFields[i])) {
             return true;
         }
     }

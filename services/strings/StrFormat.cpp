@@ -109,6 +109,17 @@ std::string ItemOf(const std::string& source, int16_t item, const std::string& d
     return source.substr(start, end == std::string::npos ? std::string::npos : end - start);
 }
 
+std::array<std::string, 3> VersionFields(const std::string& version) {
+    std::array<std::string, 3> fields;
+    for (size_t i = 0; i < fields.size(); ++i) {
+        fields[i] = ItemOf(version, static_cast<int16_t>(i + 1), ".");
+        if (fields[i].empty()) {
+            fields[i] = "0";
+        }
+    }
+    return fields;
+}
+
 } // namespace Text
 
 std::string FormatPID(int64_t value) {

@@ -2,6 +2,7 @@
 // Byte-string and text helpers. A byte string is a std::string whose chars each hold one byte.
 // Positions are 1-based, as everywhere in the plug-in's texts.
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -24,6 +25,9 @@ std::string QuoteText(const std::string& value);
 std::string TrimBlanks(const std::string& text);
 // Item `item` (from 1) of `source` split at `delimiter`; empty past the end.
 std::string ItemOf(const std::string& source, int16_t item, const std::string& delimiter);
+// The first three fields of a version text "a.b.c", split at "."; a missing or empty field is
+// "0". The fields are not read as numbers here: each comparison of versions has its own rule.
+std::array<std::string, 3> VersionFields(const std::string& version);
 } // namespace Text
 
 // "$" + four upper-case hex digits (the last four).

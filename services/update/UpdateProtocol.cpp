@@ -117,13 +117,11 @@ void StoreBody(const std::string& body) {
 }
 
 bool IsNewer(const std::string& latest, const std::string& present) {
-    std::vector<std::string> newer = SplitText(latest, ".");
-    std::vector<std::string> now = SplitText(present, ".");
-    newer.resize(3);
-    now.resize(3);
-    for (size_t i = 0; i < 3; ++i) {
-        const int a = ToInteger16(newer[i].empty() ? "0" : newer[i]);
-        const int b = ToInteger16(now[i].empty() ? "0" : now[i]);
+    const auto newer = Text::VersionFields(latest);
+    const auto now = Text::VersionFields(present);
+    for (size_t i = 0; i < newer.size(); ++i) {
+        const int a = ToInteger16(newer[i]);
+        const int b = ToInteger16(now[i]);
         if (a > b) {
             return true;
         }

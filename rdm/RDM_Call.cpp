@@ -57,31 +57,28 @@ void RDM_Call::Initialise(int16_t token, uint16_t subDevice, int32_t pid, bool r
     subDevice_ = subDevice;
     pid_ = pid;
     required_ = required;
-    for (;;) {
-        int32_t code = 0;
-        try {
+    ErrTrap::Attempt(
+        [&] {
             if (ManSpec()) {
                 LoadProprietoryPID();
             } else {
                 LoadStandardPID();
             }
             initialised_ = true;
-            return;
-        } catch (const std::exception&) {
-            code = ErrTrap::Capture(std::current_exception());
-        }
-        if (code == err::ErrRDM_Response_Missing) {
-            if (ErrTrap::Report("Device PID Error (" + FormatPID(pid_) + ")", true)) {
-                continue;
+        },
+        [&](int32_t code) -> ErrTrap::Outcome {
+            if (code == err::ErrRDM_Response_Missing) {
+                if (ErrTrap::Report("Device PID Error (" + FormatPID(pid_) + ")", true)) {
+                    return ErrTrap::Outcome::Retry;
+                }
+                ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
             }
-            ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
-        }
-        ErrTrap::Report(source, false);
-        if (code == err::ErrSYS_Local) {
-            return;
-        }
-        ErrTrap::ReRaise();
-    }
+            ErrTrap::Report(source, false);
+            if (code == err::ErrSYS_Local) {
+                return ErrTrap::Outcome::Stop;
+            }
+            ErrTrap::ReRaise();
+        });
 }
 
 void RDM_Call::LoadStandardPID() {
@@ -104,9 +101,8 @@ void RDM_Call::LoadStandardPID() {
 
 void RDM_Call::LoadProprietoryPID() {
     const std::string source = "RDM_Call.LoadProprietoryPID";
-    for (;;) {
-        int32_t code = 0;
-        try {
+    ErrTrap::Attempt(
+        [&] {
             Bytes request;
             request += static_cast<char>((pid_ >> 8) & 0xFF);
             request += static_cast<char>(pid_ & 0xFF);
@@ -125,37 +121,35 @@ void RDM_Call::LoadProprietoryPID() {
             } else {
                 description_ = response.substr(20);
             }
-            return;
-        } catch (const std::exception&) {
-            code = ErrTrap::Capture(std::current_exception());
-        }
-        switch (code) {
-        case err::NR_FORMAT_ERROR:
-        case err::NR_DATA_OUT_OF_RANGE:
-            description_ = kManSpecError;
-            ErrTrap::Report("Device Parameter Description", false);
-            return;
-        case err::ErrRDM_Response_Missing:
-            if (ErrTrap::Report("Device - PARAMETER_DESCRIPTION", true)) {
-                continue;
+        },
+        [&](int32_t code) -> ErrTrap::Outcome {
+            switch (code) {
+            case err::NR_FORMAT_ERROR:
+            case err::NR_DATA_OUT_OF_RANGE:
+                description_ = kManSpecError;
+                ErrTrap::Report("Device Parameter Description", false);
+                return ErrTrap::Outcome::Stop;
+            case err::ErrRDM_Response_Missing:
+                if (ErrTrap::Report("Device - PARAMETER_DESCRIPTION", true)) {
+                    return ErrTrap::Outcome::Retry;
+                }
+                description_ = kManSpecError;
+                rangeMinimum_ = 0;
+                rangeMaximum_ = 0;
+                defaultValue_ = 0;
+                getable_ = false;
+                setable_ = false;
+                return ErrTrap::Outcome::Stop;
+            case err::ErrRDM_Response_ChkSum:
+                ErrTrap::ReRaise();
+            case err::ErrSYS_Local:
+                ErrTrap::Report(source, false);
+                return ErrTrap::Outcome::Stop;
+            default:
+                ErrTrap::Report(source, false);
+                ErrTrap::ReRaise();
             }
-            description_ = kManSpecError;
-            rangeMinimum_ = 0;
-            rangeMaximum_ = 0;
-            defaultValue_ = 0;
-            getable_ = false;
-            setable_ = false;
-            return;
-        case err::ErrRDM_Response_ChkSum:
-            ErrTrap::ReRaise();
-        case err::ErrSYS_Local:
-            ErrTrap::Report(source, false);
-            return;
-        default:
-            ErrTrap::Report(source, false);
-            ErrTrap::ReRaise();
-        }
-    }
+        });
 }
 
 RdmValue RDM_Call::GetValue() {

@@ -136,28 +136,28 @@ int16_t RDM_Device::SUB_DEVICE_COUNT() {
 
 Bytes RDM_Device::Queue(int32_t statusType) {
     const std::string source = kClass + ".Queue";
-    for (;;) {
-        int32_t code = 0;
-        try {
+    Bytes queued;
+    ErrTrap::Attempt(
+        [&] {
             if (statusType < 0 || statusType > 255) {
                 throw RuntimeFault(rt::Overflow, "Overflow");
             }
-            return Client::RdmQueued(Token(), static_cast<uint8_t>(statusType));
-        } catch (const std::exception&) {
-            code = ErrTrap::Capture(std::current_exception());
-        }
-        if (code == err::ErrRDM_Response_Missing) {
-            if (ErrTrap::Report("Message Queue", true)) {
-                continue;
+            queued = Client::RdmQueued(Token(), static_cast<uint8_t>(statusType));
+        },
+        [&](int32_t code) -> ErrTrap::Outcome {
+            if (code == err::ErrRDM_Response_Missing) {
+                if (ErrTrap::Report("Message Queue", true)) {
+                    return ErrTrap::Outcome::Retry;
+                }
+                ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
             }
-            ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
-        }
-        ErrTrap::Report(source, false);
-        if (code == err::ErrSYS_Local) {
-            return {};
-        }
-        ErrTrap::ReRaise();
-    }
+            ErrTrap::Report(source, false);
+            if (code == err::ErrSYS_Local) {
+                return ErrTrap::Outcome::Stop;
+            }
+            ErrTrap::ReRaise();
+        });
+    return queued;
 }
 
 bool RDM_Device::Fault() {

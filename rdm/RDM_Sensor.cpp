@@ -33,23 +33,16 @@ std::string RDM_Sensor::DataClass() const {
 
 bool RDM_Sensor::Initialise(RDM_SubDev* subDev, uint8_t item) {
     const std::string source = "RDM_Sensor.Initialise";
-    auto step = [&](const auto& body) -> bool {
-        for (;;) {
-            int32_t code = 0;
-            try {
-                body();
-                return true;
-            } catch (const std::exception&) {
-                code = ErrTrap::Capture(std::current_exception());
-            }
+    auto step = [&](const std::function<void()>& body) {
+        return ErrTrap::Attempt(body, [&](int32_t code) -> ErrTrap::Outcome {
             switch (code) {
             case err::ErrSYS_Local:
                 ErrTrap::Report(source, false);
-                return false;
+                return ErrTrap::Outcome::Stop;
             case err::ErrRDM_Response_Transac:
             case err::ErrRDM_Response_Missing:
                 if (ErrTrap::Report("Remote Equipment Sensor", true)) {
-                    continue;
+                    return ErrTrap::Outcome::Retry;
                 }
                 ErrTrap::Raise(err::ErrSYS_SubDev & 0xFFF, "");
             case err::ErrSYS_Comms:
@@ -58,7 +51,7 @@ bool RDM_Sensor::Initialise(RDM_SubDev* subDev, uint8_t item) {
                 ErrTrap::Report(source, false);
                 ErrTrap::ReRaise();
             }
-        }
+        });
     };
 
     // 1. The back-reference and the 0-based sensor number.

@@ -69,37 +69,30 @@ bool RDM_SubDev::Initialise(int16_t token, uint16_t index) {
 
     // Runs one step of the sequence; a retry repeats that step. False: a local error was reported
     // and the sequence ends there.
-    auto step = [&](const auto& body) -> bool {
-        for (;;) {
-            int32_t code = 0;
-            try {
-                body();
-                return true;
-            } catch (const std::exception&) {
-                code = ErrTrap::Capture(std::current_exception());
-            }
+    auto step = [&](const std::function<void()>& body) {
+        return ErrTrap::Attempt(body, [&](int32_t code) -> ErrTrap::Outcome {
             switch (code) {
             case err::ErrAPI_Connection:
             case err::ErrAPI_Response_Missing:
                 if (ErrTrap::Report(title, true)) {
-                    continue;
+                    return ErrTrap::Outcome::Retry;
                 }
                 ErrTrap::Raise(err::ErrSYS_Comms & 0xFFF, "");
             case err::ErrRDM_Response_Missing:
                 if (ErrTrap::Report(title, true)) {
-                    continue;
+                    return ErrTrap::Outcome::Retry;
                 }
                 ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
             case err::ErrSYS_Local:
                 ErrTrap::Report(source, false);
-                return false;
+                return ErrTrap::Outcome::Stop;
             case err::ErrSYS_Device:
                 ErrTrap::ReRaise();
             default:
                 ErrTrap::Report(source, false);
                 ErrTrap::ReRaise();
             }
-        }
+        });
     };
 
     // 1. Token and index.

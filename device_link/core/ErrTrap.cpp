@@ -278,65 +278,67 @@ void ReRaise() {
     throw ZolError(s.lastCode, s.lastSource, s.lastText);
 }
 
-bool Standard(const std::string& source, const std::function<void()>& body) {
-    int32_t code = 0;
-    try {
-        body();
-        return true;
-    } catch (const std::exception&) {
-        code = Capture(std::current_exception());
-    }
-    // The box is shown outside the catch block: its message loop may raise errors of its own.
-    Report(source, false);
-    if (code == err::ErrSYS_Local) {
-        return false;
-    }
-    ReRaise();
-}
-
-bool Device(const std::string& source, const std::string& retryTitle, const std::function<void()>& statement,
-            const BugOutFn& bugOut, const SpecialFn& special) {
+bool Attempt(const std::function<void()>& body, const std::function<Outcome(int32_t code)>& handle) {
     for (;;) {
         int32_t code = 0;
         try {
-            statement();
+            body();
             return true;
         } catch (const std::exception&) {
             code = Capture(std::current_exception());
         }
-        if (special && special(code)) {
+        if (handle(code) == Outcome::Stop) {
             return false;
+        }
+    }
+}
+
+bool Standard(const std::string& source, const std::function<void()>& body) {
+    return Attempt(body, [&](int32_t code) -> Outcome {
+        Report(source, false);
+        if (code == err::ErrSYS_Local) {
+            return Outcome::Stop;
+        }
+        ReRaise();
+    });
+}
+
+bool Device(const std::string& source, const std::string& retryTitle, const std::function<void()>& statement,
+            const BugOutFn& bugOut, const SpecialFn& special) {
+    return Attempt(statement, [&](int32_t code) -> Outcome {
+        if (special && special(code)) {
+            return Outcome::Stop;
         }
         switch (code) {
         case err::ErrAPI_Connection:
         case err::ErrAPI_Response_Missing:
             if (Report(retryTitle, true)) {
-                continue; // the failing statement runs again
+                return Outcome::Retry; // the failing statement runs again
             }
             if (bugOut) {
                 bugOut(err::ErrSYS_Comms);
-                return false;
+                return Outcome::Stop;
             }
             Raise(err::ErrSYS_Comms & 0xFFF, source);
         case err::ErrAPI_DeviceMissig:
             // The device is gone: nothing is shown here, the level above reports it.
             if (bugOut) {
                 bugOut(code);
-                return false;
+                return Outcome::Stop;
             }
             ReRaise();
         case err::ErrSYS_Local:
             Report(source, false);
-            return false;
+            return Outcome::Stop;
         default:
             Report(source, false);
             if (bugOut) {
                 bugOut(0);
-                return false;
+                return Outcome::Stop;
             }
             ReRaise();
         }
-    }
+    });
 }
 
 } // namespace ErrTrap

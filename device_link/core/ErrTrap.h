@@ -143,6 +143,14 @@ bool Retry(const std::string& source);
 
 // ---- The handler patterns ----
 
+// What a handler does once it has dealt with an error.
+enum class Outcome { Retry, Stop };
+// The loop under every pattern: runs `body`; on an error captures it and hands the code Capture
+// returned to `handle`, outside the catch block (a box's message loop may raise errors of its
+// own). `handle` shows the error, throws, or says what comes next: Retry runs `body` again, Stop
+// gives up. Returns true when `body` ran through.
+bool Attempt(const std::function<void()>& body, const std::function<Outcome(int32_t code)>& handle);
+
 // Standard pattern: runs `body`; on an error captures it, reports it under `source`, and for any
 // code but ErrSYS_Local throws it again. Returns true when `body` ran through.
 bool Standard(const std::string& source, const std::function<void()>& body);

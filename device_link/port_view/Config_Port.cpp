@@ -82,30 +82,27 @@ Config_Port::Config_Port(QWidget* parent) : FormView(kName, parent) {
 }
 
 void Config_Port::OnControl() {
-    try {
-        const std::string dataClass = Form()->DataClass();
-        if (dataClass != "FDF_Port") {
-            ErrTrap::RaiseLocal("Class Object \"" + dataClass + "\" not handled");
-        }
-        port_ = std::dynamic_pointer_cast<FDF_Port>(Form()->DataObject());
-        portEI_ = dynamic_cast<FDF_PortEI*>(Form()->Ancestor(1));
-        if (portEI_ == nullptr) {
-            throw RuntimeFault(rt::TypeMismatch, "Type mismatch");
-        }
-        Refresh();
-        return;
-    } catch (const ZolError&) {
-        ErrTrap::Capture(std::current_exception());
-    } catch (const std::exception&) {
-        ErrTrap::Capture(std::current_exception());
-    }
-    const int32_t code = ErrTrap::LastCode();
-    if (code == err::ErrSYS_Local) {
-        ErrTrap::Report(kControlSet, false);
-        return;
-    }
-    ErrTrap::Report(code == err::ErrAPI_Connection ? "Connection Port" : kControlSet, false);
-    ErrTrap::ReRaise();
+    ErrTrap::Attempt(
+        [&] {
+            const std::string dataClass = Form()->DataClass();
+            if (dataClass != "FDF_Port") {
+                ErrTrap::RaiseLocal("Class Object \"" + dataClass + "\" not handled");
+            }
+            port_ = std::dynamic_pointer_cast<FDF_Port>(Form()->DataObject());
+            portEI_ = dynamic_cast<FDF_PortEI*>(Form()->Ancestor(1));
+            if (portEI_ == nullptr) {
+                throw RuntimeFault(rt::TypeMismatch, "Type mismatch");
+            }
+            Refresh();
+        },
+        [&](int32_t code) -> ErrTrap::Outcome {
+            if (code == err::ErrSYS_Local) {
+                ErrTrap::Report(kControlSet, false);
+                return ErrTrap::Outcome::Stop;
+            }
+            ErrTrap::Report(code == err::ErrAPI_Connection ? "Connection Port" : kControlSet, false);
+            ErrTrap::ReRaise();
+        });
 }
 
 void Config_Port::Refresh() {
@@ -148,25 +145,23 @@ void Config_Port::SelectPort_Change(int16_t value) {
 
 void Config_Port::Image_Plug_Click(int index) {
     Event([&] {
-        try {
-            if (index == 1) {
-                portEI_->Seize();
-            } else {
-                portEI_->Release();
-            }
-            FollowPort(port_->Ready());
-            return;
-        } catch (const ZolError&) {
-            ErrTrap::Capture(std::current_exception());
-        } catch (const std::exception&) {
-            ErrTrap::Capture(std::current_exception());
-        }
-        const int32_t code = ErrTrap::LastCode();
-        if (code == err::ErrSYS_Comms) {
-            Form()->BugOut(code);
-        } else {
-            ErrTrap::Report(kActionConnect, false);
-        }
+        ErrTrap::Attempt(
+            [&] {
+                if (index == 1) {
+                    portEI_->Seize();
+                } else {
+                    portEI_->Release();
+                }
+                FollowPort(port_->Ready());
+            },
+            [&](int32_t code) {
+                if (code == err::ErrSYS_Comms) {
+                    Form()->BugOut(code);
+                } else {
+                    ErrTrap::Report(kActionConnect, false);
+                }
+                return ErrTrap::Outcome::Stop;
+            });
     });
 }
 

@@ -18,11 +18,10 @@ constexpr const char* kSource = "User_Main.SelectProgFile";
 constexpr const char* kTitle = "Firmware Upload";
 constexpr char kSeparator = '/';
 
-enum class Outcome { Retry, Stop };
+using ErrTrap::Outcome;
 
 // The handler of the selection, for the error in hand.
-Outcome Handle(const std::function<void()>& disconnect) {
-    const int32_t code = ErrTrap::Capture();
+Outcome Handle(int32_t code, const std::function<void()>& disconnect) {
     switch (code) {
     case err::ErrAPI_ProgFile_Compat:
     case err::ErrAPI_ProgFile_Corrupt:
@@ -51,20 +50,7 @@ Outcome Handle(const std::function<void()>& disconnect) {
 
 // Runs one statement of the selection under its handler; false when the selection is to stop.
 bool Guarded(const std::function<void()>& statement, const std::function<void()>& disconnect) {
-    for (;;) {
-        try {
-            statement();
-            return true;
-        } catch (const ZolError&) {
-            if (Handle(disconnect) == Outcome::Stop) {
-                return false;
-            }
-        } catch (const std::exception&) {
-            if (Handle(disconnect) == Outcome::Stop) {
-                return false;
-            }
-        }
-    }
+    return ErrTrap::Attempt(statement, [&](int32_t code) { return Handle(code, disconnect); });
 }
 
 } // namespace

@@ -70,17 +70,10 @@ void IO_Tasks::Tick() {
 
 bool IO_Tasks::Guarded(const std::function<void()>& statement) {
     const std::string source = InputSource();
-    for (;;) {
-        int32_t code = 0;
-        try {
-            statement();
-            return true;
-        } catch (const std::exception&) {
-            code = ErrTrap::Capture(std::current_exception());
-        }
+    return ErrTrap::Attempt(statement, [&](int32_t code) -> ErrTrap::Outcome {
         if (code == err::ErrAPI_Connection || code == err::ErrAPI_Response_Missing) {
             if (ErrTrap::Report(source, true)) {
-                continue;
+                return ErrTrap::Outcome::Retry;
             }
             ErrTrap::Raise(err::ErrSYS_Comms, source);
         }
@@ -89,10 +82,10 @@ bool IO_Tasks::Guarded(const std::function<void()>& statement) {
         }
         ErrTrap::Report(source, false);
         if (code == err::ErrSYS_Local) {
-            return false;
+            return ErrTrap::Outcome::Stop;
         }
         ErrTrap::ReRaise();
-    }
+    });
 }
 
 void IO_Tasks::Deliver(const Bytes& reply) {

@@ -46,16 +46,13 @@ template <typename Body> void Event(Body&& body) {
 }
 
 // Runs `body`; on an error captures it and returns its code (LastCode), 0 when all went well.
-template <typename Body> int32_t Trapped(Body&& body) {
-    try {
-        body();
-        return 0;
-    } catch (const ZolError&) {
-        ErrTrap::Capture(std::current_exception());
-    } catch (const std::exception&) {
-        ErrTrap::Capture(std::current_exception());
-    }
-    return ErrTrap::LastCode();
+int32_t Trapped(const std::function<void()>& body) {
+    int32_t code = 0;
+    ErrTrap::Attempt(body, [&](int32_t) {
+        code = ErrTrap::LastCode();
+        return ErrTrap::Outcome::Stop;
+    });
+    return code;
 }
 
 QAction* AddEntry(QMenu* menu, const char* name, const char* text) {

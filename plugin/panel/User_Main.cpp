@@ -55,6 +55,23 @@ int32_t Trapped(const std::function<void()>& body) {
     return code;
 }
 
+// When `status` knows of a more recent version, asks whether to download it: Yes opens the support
+// page, any other answer hushes `status` so that the question is not asked again.
+template <typename Status>
+void UpdateQuestion(QWidget* view, const std::shared_ptr<Status>& status, const std::string& news,
+                    const std::string& title) {
+    if (!status || !status->Updates()) {
+        return;
+    }
+    const int answer =
+        ui().MsgBox(news + kCrLf + "Do you want to download it now", vb::YesNo | vb::Question, title);
+    if (answer == vb::Yes) {
+        AUF_WebLink::Open(view, web::WebBase() + "/support");
+    } else {
+        status->Hush();
+    }
+}
+
 QAction* AddEntry(QMenu* menu, const char* name, const char* text) {
     QAction* action = menu->addAction(QString::fromUtf8(text));
     action->setObjectName(QString::fromUtf8(name));
@@ -301,34 +318,14 @@ void User_Main::UpdateView() {
 // ---- The update questions ----
 
 void User_Main::PluginUpdateQuestion() {
-    const auto& sState = control_->SState();
-    if (!sState || !sState->Updates()) {
-        return;
-    }
-    const int answer = ui().MsgBox(std::string("A more recent version of this Plugin is available.") + kCrLf +
-                                       "Do you want to download it now",
-                                   vb::YesNo | vb::Question, std::string("DMXControl Plugin Upgrade"));
-    if (answer == vb::Yes) {
-        AUF_WebLink::Open(this, web::WebBase() + "/support");
-    } else {
-        sState->Hush();
-    }
+    UpdateQuestion(this, control_->SState(), "A more recent version of this Plugin is available.",
+                   "DMXControl Plugin Upgrade");
 }
 
 void User_Main::FirmwareUpdateQuestion() {
-    const auto& iState = control_->Port()->IState();
-    if (!iState || !iState->Updates()) {
-        return;
-    }
-    const int answer =
-        ui().MsgBox(std::string("A more recent version of the firmware is available for your interface.") +
-                        kCrLf + "Do you want to download it now",
-                    vb::YesNo | vb::Question, std::string("Firmware Upgrade"));
-    if (answer == vb::Yes) {
-        AUF_WebLink::Open(this, web::WebBase() + "/support");
-    } else {
-        iState->Hush();
-    }
+    UpdateQuestion(this, control_->Port()->IState(),
+                   "A more recent version of the firmware is available for your interface.",
+                   "Firmware Upgrade");
 }
 
 // ---- Connect and disconnect ----

@@ -230,7 +230,7 @@ int16_t HCF_List::SelectedKey(bool* found) const {
     return static_cast<int16_t>(selected.front()->text(0).toLong());
 }
 
-void HCF_List::Click() {
+void HCF_List::FollowSelection() {
     bool found = false;
     const int16_t key = SelectedKey(&found);
     if (found && key != index_) {
@@ -239,6 +239,10 @@ void HCF_List::Click() {
             OnChange(key);
         }
     }
+}
+
+void HCF_List::Click() {
+    FollowSelection();
     if (lastButton_ == 2) {
         if (ClickR) {
             ClickR(index_);
@@ -260,14 +264,7 @@ void HCF_List::KeyUp(int keyCode) {
     if (keyCode != 38 && keyCode != 40) {
         return;
     }
-    bool found = false;
-    const int16_t key = SelectedKey(&found);
-    if (found && key != index_) {
-        index_ = key;
-        if (OnChange) {
-            OnChange(key);
-        }
-    }
+    FollowSelection();
 }
 
 bool HCF_List::eventFilter(QObject* watched, QEvent* event) {

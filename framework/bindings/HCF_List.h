@@ -67,6 +67,8 @@ private:
     void SetWidth(int32_t twips);
     void SetHeight(int32_t twips);
     int16_t SelectedKey(bool* found) const;
+    // Takes the selected row's key as the index; a key other than the index goes to OnChange.
+    void FollowSelection();
     void Click();
     void DoubleClick();
     void KeyUp(int keyCode);

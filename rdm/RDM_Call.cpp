@@ -57,28 +57,14 @@ void RDM_Call::Initialise(int16_t token, uint16_t subDevice, int32_t pid, bool r
     subDevice_ = subDevice;
     pid_ = pid;
     required_ = required;
-    ErrTrap::Attempt(
-        [&] {
-            if (ManSpec()) {
-                LoadProprietoryPID();
-            } else {
-                LoadStandardPID();
-            }
-            initialised_ = true;
-        },
-        [&](int32_t code) -> ErrTrap::Outcome {
-            if (code == err::ErrRDM_Response_Missing) {
-                if (ErrTrap::Report("Device PID Error (" + FormatPID(pid_) + ")", true)) {
-                    return ErrTrap::Outcome::Retry;
-                }
-                ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
-            }
-            ErrTrap::Report(source, false);
-            if (code == err::ErrSYS_Local) {
-                return ErrTrap::Outcome::Stop;
-            }
-            ErrTrap::ReRaise();
-        });
+    ErrTrap::MissingResponse(source, "Device PID Error (" + FormatPID(pid_) + ")", [&] {
+        if (ManSpec()) {
+            LoadProprietoryPID();
+        } else {
+            LoadStandardPID();
+        }
+        initialised_ = true;
+    });
 }
 
 void RDM_Call::LoadStandardPID() {

@@ -137,26 +137,12 @@ int16_t RDM_Device::SUB_DEVICE_COUNT() {
 Bytes RDM_Device::Queue(int32_t statusType) {
     const std::string source = kClass + ".Queue";
     Bytes queued;
-    ErrTrap::Attempt(
-        [&] {
-            if (statusType < 0 || statusType > 255) {
-                throw RuntimeFault(rt::Overflow, "Overflow");
-            }
-            queued = Client::RdmQueued(Token(), static_cast<uint8_t>(statusType));
-        },
-        [&](int32_t code) -> ErrTrap::Outcome {
-            if (code == err::ErrRDM_Response_Missing) {
-                if (ErrTrap::Report("Message Queue", true)) {
-                    return ErrTrap::Outcome::Retry;
-                }
-                ErrTrap::Raise(err::ErrSYS_Device & 0xFFF, "");
-            }
-            ErrTrap::Report(source, false);
-            if (code == err::ErrSYS_Local) {
-                return ErrTrap::Outcome::Stop;
-            }
-            ErrTrap::ReRaise();
-        });
+    ErrTrap::MissingResponse(source, "Message Queue", [&] {
+        if (statusType < 0 || statusType > 255) {
+            throw RuntimeFault(rt::Overflow, "Overflow");
+        }
+        queued = Client::RdmQueued(Token(), static_cast<uint8_t>(statusType));
+    });
     return queued;
 }
 

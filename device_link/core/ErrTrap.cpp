@@ -303,6 +303,23 @@ bool Standard(const std::string& source, const std::function<void()>& body) {
     });
 }
 
+bool MissingResponse(const std::string& source, const std::string& retryTitle,
+                     const std::function<void()>& body) {
+    return Attempt(body, [&](int32_t code) -> Outcome {
+        if (code == err::ErrRDM_Response_Missing) {
+            if (Report(retryTitle, true)) {
+                return Outcome::Retry;
+            }
+            Raise(err::ErrSYS_Device & 0xFFF, "");
+        }
+        Report(source, false);
+        if (code == err::ErrSYS_Local) {
+            return Outcome::Stop;
+        }
+        ReRaise();
+    });
+}
+
 bool Device(const std::string& source, const std::string& retryTitle, const std::function<void()>& statement,
             const BugOutFn& bugOut, const SpecialFn& special) {
     return Attempt(statement, [&](int32_t code) -> Outcome {

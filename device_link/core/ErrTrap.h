@@ -155,6 +155,11 @@ bool Attempt(const std::function<void()>& body, const std::function<Outcome(int3
 // code but ErrSYS_Local throws it again. Returns true when `body` ran through.
 bool Standard(const std::string& source, const std::function<void()>& body);
 
+// Missing-response pattern: the standard pattern, except that a missing RDM response (0x1018)
+// asks Report(retryTitle, true) first: Retry runs `body` again, Cancel raises 0x1203.
+bool MissingResponse(const std::string& source, const std::string& retryTitle,
+                     const std::function<void()>& body);
+
 // How a device- or range-pattern handler gives up: close the view with BugOut(code). Empty means
 // the handler has no view and raises instead.
 using BugOutFn = std::function<void(int32_t code)>;

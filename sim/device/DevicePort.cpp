@@ -43,7 +43,7 @@ constexpr double kTimeSlack = 1e-9;
 
 } // namespace
 
-DevicePort::DevicePort(PortSpec spec, int number) : spec_(std::move(spec)), number_(number) {
+DevicePort::DevicePort(PortSpec setup, int number) : spec_(std::move(setup)), number_(number) {
 #if defined(ZOL_SIM_HAVE_LINE)
     line_ = RdmLine::FromJson(spec_.responders, spec_.respondersWhere, spec_.seed);
     // The firmware's RDM requests come from the interface's own UID.

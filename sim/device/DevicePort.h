@@ -33,7 +33,7 @@ inline constexpr int kSlots = 512;
 
 class DevicePort {
 public:
-    DevicePort(PortSpec spec, int number);
+    DevicePort(PortSpec setup, int number);
     ~DevicePort();
     DevicePort(const DevicePort&) = delete;
     DevicePort& operator=(const DevicePort&) = delete;

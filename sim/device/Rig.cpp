@@ -193,49 +193,49 @@ std::array<uint8_t, 6> ParseUid(const std::string& text, ObjectReader& r, const 
     return uid;
 }
 
-void ReadIdentity(ObjectReader& port, PortSpec& spec, size_t index) {
+void ReadIdentity(ObjectReader& port, PortSpec& setup, size_t index) {
     if (!port.Has("identity")) {
         return;
     }
     ObjectReader r(port.Raw("identity"), port.File(), port.Place("identity"));
-    spec.deviceName = r.String("device_name", spec.deviceName, 120);
-    spec.model = static_cast<int>(r.Integer("model", spec.model, 0, 0xFFFF));
-    spec.optionByte = r.Boolean("option_byte", spec.optionByte);
-    spec.hardwareRev = r.String("hardware_rev", spec.hardwareRev, 120);
-    spec.firmware = r.String("firmware", spec.firmware, 15);
-    if (!IsVersionText(spec.firmware)) {
+    setup.deviceName = r.String("device_name", setup.deviceName, 120);
+    setup.model = static_cast<int>(r.Integer("model", setup.model, 0, 0xFFFF));
+    setup.optionByte = r.Boolean("option_byte", setup.optionByte);
+    setup.hardwareRev = r.String("hardware_rev", setup.hardwareRev, 120);
+    setup.firmware = r.String("firmware", setup.firmware, 15);
+    if (!IsVersionText(setup.firmware)) {
         r.Fail(r.Place("firmware"), "must be three numbers with points between them");
     }
-    spec.serial = r.String("serial", spec.serial, 16);
-    for (char c : spec.serial) {
+    setup.serial = r.String("serial", setup.serial, 16);
+    for (char c : setup.serial) {
         if (c < '0' || c > '9') {
             r.Fail(r.Place("serial"), "must be decimal digits");
         }
     }
     // The unique id defaults to the maker's ESTA id and the low 32 bits of the serial number.
-    const uint32_t low = static_cast<uint32_t>(std::stoull(spec.serial) & 0xFFFFFFFFu);
-    spec.uid = {0x6B,
-                0x72,
-                static_cast<uint8_t>(low >> 24),
-                static_cast<uint8_t>(low >> 16),
-                static_cast<uint8_t>(low >> 8),
-                static_cast<uint8_t>(low)};
+    const uint32_t low = static_cast<uint32_t>(std::stoull(setup.serial) & 0xFFFFFFFFu);
+    setup.uid = {0x6B,
+                 0x72,
+                 static_cast<uint8_t>(low >> 24),
+                 static_cast<uint8_t>(low >> 16),
+                 static_cast<uint8_t>(low >> 8),
+                 static_cast<uint8_t>(low)};
     if (r.Has("uid")) {
         const json& v = r.Raw("uid");
         if (!v.is_string()) {
             r.Fail(r.Place("uid"), "must be twelve hexadecimal digits");
         }
-        spec.uid = ParseUid(v.get<std::string>(), r, r.Place("uid"));
+        setup.uid = ParseUid(v.get<std::string>(), r, r.Place("uid"));
     }
-    spec.build = static_cast<uint32_t>(r.Integer("build", spec.build, 0, 0xFFFFFFFFll));
+    setup.build = static_cast<uint32_t>(r.Integer("build", setup.build, 0, 0xFFFFFFFFll));
     if (r.Has("unsupported")) {
         const json& list = r.Raw("unsupported");
         if (!list.is_array()) {
             r.Fail(r.Place("unsupported"), "must be a list of command codes");
         }
-        spec.unsupported.clear();
+        setup.unsupported.clear();
         for (size_t i = 0; i < list.size(); ++i) {
-            spec.unsupported.push_back(static_cast<int>(
+            setup.unsupported.push_back(static_cast<int>(
                 r.IntegerValue(list[i], r.Place("unsupported") + "[" + std::to_string(i) + "]", 0, 255)));
         }
     }
@@ -243,46 +243,46 @@ void ReadIdentity(ObjectReader& port, PortSpec& spec, size_t index) {
     r.Finish();
 }
 
-void ReadOptions(ObjectReader& port, PortSpec& spec) {
+void ReadOptions(ObjectReader& port, PortSpec& setup) {
     if (!port.Has("options")) {
         return;
     }
     ObjectReader r(port.Raw("options"), port.File(), port.Place("options"));
-    spec.factoryMode = r.Boolean("factory_mode", spec.factoryMode);
-    spec.uploadSeconds = r.Number("upload_seconds", spec.uploadSeconds, 0.001, 600);
-    spec.configureSeconds = r.Number("configure_seconds", spec.configureSeconds, 0.001, 600);
-    spec.seed = static_cast<uint64_t>(r.Integer("seed", static_cast<int64_t>(spec.seed), 0, 0x7FFFFFFFll));
+    setup.factoryMode = r.Boolean("factory_mode", setup.factoryMode);
+    setup.uploadSeconds = r.Number("upload_seconds", setup.uploadSeconds, 0.001, 600);
+    setup.configureSeconds = r.Number("configure_seconds", setup.configureSeconds, 0.001, 600);
+    setup.seed = static_cast<uint64_t>(r.Integer("seed", static_cast<int64_t>(setup.seed), 0, 0x7FFFFFFFll));
     r.Finish();
 }
 
-void ReadTiming(ObjectReader& port, PortSpec& spec) {
+void ReadTiming(ObjectReader& port, PortSpec& setup) {
     if (port.Has("timing")) {
         ObjectReader r(port.Raw("timing"), port.File(), port.Place("timing"));
-        spec.frameRate = ReadLimits(r, "frame_rate", spec.frameRate, 255);
-        spec.breakUs = ReadLimits(r, "break_us", spec.breakUs, 0x7FFF);
-        spec.markUs = ReadLimits(r, "mark_us", spec.markUs, 0x7FFF);
-        spec.rxTimeoutMs = ReadLimits(r, "rx_timeout_ms", spec.rxTimeoutMs, 255);
-        spec.frameReserveMs = static_cast<int>(r.Integer("frame_reserve_ms", spec.frameReserveMs, 0, 999));
+        setup.frameRate = ReadLimits(r, "frame_rate", setup.frameRate, 255);
+        setup.breakUs = ReadLimits(r, "break_us", setup.breakUs, 0x7FFF);
+        setup.markUs = ReadLimits(r, "mark_us", setup.markUs, 0x7FFF);
+        setup.rxTimeoutMs = ReadLimits(r, "rx_timeout_ms", setup.rxTimeoutMs, 255);
+        setup.frameReserveMs = static_cast<int>(r.Integer("frame_reserve_ms", setup.frameReserveMs, 0, 999));
         r.Finish();
     }
     // The coupling must always leave a legal pair: the fastest rate with the shortest time-out,
     // the longest time-out with the slowest rate, and the two defaults together.
-    auto fits = [&](int rate, int timeout) { return rate * (timeout + spec.frameReserveMs) <= 1000; };
+    auto fits = [&](int rate, int timeout) { return rate * (timeout + setup.frameReserveMs) <= 1000; };
     const std::string place = port.Place("timing");
-    if (!fits(spec.frameRate.max, spec.rxTimeoutMs.min)) {
+    if (!fits(setup.frameRate.max, setup.rxTimeoutMs.min)) {
         port.Fail(place,
                   "frame_rate.max with rx_timeout_ms.min and frame_reserve_ms exceed the frame period");
     }
-    if (!fits(spec.frameRate.min, spec.rxTimeoutMs.max)) {
+    if (!fits(setup.frameRate.min, setup.rxTimeoutMs.max)) {
         port.Fail(place,
                   "frame_rate.min with rx_timeout_ms.max and frame_reserve_ms exceed the frame period");
     }
-    if (!fits(spec.frameRate.def, spec.rxTimeoutMs.def)) {
+    if (!fits(setup.frameRate.def, setup.rxTimeoutMs.def)) {
         port.Fail(place, "the default frame rate and RX time-out do not fit in one frame period");
     }
 }
 
-void ReadInput(ObjectReader& port, PortSpec& spec, size_t portCount, size_t index) {
+void ReadInput(ObjectReader& port, PortSpec& setup, size_t portCount, size_t index) {
     if (!port.Has("input")) {
         return;
     }
@@ -295,21 +295,21 @@ void ReadInput(ObjectReader& port, PortSpec& spec, size_t portCount, size_t inde
     bool found = false;
     for (const auto& [name, value] : kSources) {
         if (source == name) {
-            spec.input.source = value;
+            setup.input.source = value;
             found = true;
         }
     }
     if (!found) {
         r.Fail(r.Place("source"), "must be one of none, generated, alternate, faulty, lost, loopback");
     }
-    spec.input.startCode = static_cast<int>(r.Integer("start_code", spec.input.startCode, 0, 255));
-    spec.input.slots = static_cast<int>(r.Integer("slots", spec.input.slots, 0, 512));
-    spec.input.rate = r.Number("rate", spec.input.rate, 0.1, 1000);
-    spec.input.stepSeconds = r.Number("step_seconds", spec.input.stepSeconds, 0.001, 3600);
-    spec.input.fromPort = static_cast<int>(r.Integer("from_port", 0, 0, 255));
-    if (spec.input.source == InputSource::Loopback) {
-        if (spec.input.fromPort < 1 || static_cast<size_t>(spec.input.fromPort) > portCount ||
-            static_cast<size_t>(spec.input.fromPort) == index + 1) {
+    setup.input.startCode = static_cast<int>(r.Integer("start_code", setup.input.startCode, 0, 255));
+    setup.input.slots = static_cast<int>(r.Integer("slots", setup.input.slots, 0, 512));
+    setup.input.rate = r.Number("rate", setup.input.rate, 0.1, 1000);
+    setup.input.stepSeconds = r.Number("step_seconds", setup.input.stepSeconds, 0.001, 3600);
+    setup.input.fromPort = static_cast<int>(r.Integer("from_port", 0, 0, 255));
+    if (setup.input.source == InputSource::Loopback) {
+        if (setup.input.fromPort < 1 || static_cast<size_t>(setup.input.fromPort) > portCount ||
+            static_cast<size_t>(setup.input.fromPort) == index + 1) {
             r.Fail(r.Place("from_port"), "must name another port of the rig, from 1");
         }
     }
@@ -319,27 +319,27 @@ void ReadInput(ObjectReader& port, PortSpec& spec, size_t portCount, size_t inde
 PortSpec ReadPort(const json& value, const std::string& file, size_t index, size_t portCount) {
     const std::string where = "ports[" + std::to_string(index) + "]";
     ObjectReader r(value, file, where);
-    PortSpec spec;
-    spec.name = r.String("name", "", 63, true);
-    spec.deviceName = "DMX-ZOL MK1 USB DMX512/RDM Interface";
-    spec.hardwareRev = "MK1 Rev C";
-    spec.firmware = "1.0.4";
-    spec.serial = std::to_string(10000417 + index);
-    spec.build = 1187;
-    spec.seed = index + 1;
-    ReadIdentity(r, spec, index);
-    ReadOptions(r, spec);
-    ReadTiming(r, spec);
-    ReadInput(r, spec, portCount, index);
-    spec.respondersWhere = file + ": " + r.Place("responders");
+    PortSpec setup;
+    setup.name = r.String("name", "", 63, true);
+    setup.deviceName = "DMX-ZOL MK1 USB DMX512/RDM Interface";
+    setup.hardwareRev = "MK1 Rev C";
+    setup.firmware = "1.0.4";
+    setup.serial = std::to_string(10000417 + index);
+    setup.build = 1187;
+    setup.seed = index + 1;
+    ReadIdentity(r, setup, index);
+    ReadOptions(r, setup);
+    ReadTiming(r, setup);
+    ReadInput(r, setup, portCount, index);
+    setup.respondersWhere = file + ": " + r.Place("responders");
     if (r.Has("responders")) {
-        spec.responders = r.Raw("responders");
-        if (!spec.responders.is_array()) {
+        setup.responders = r.Raw("responders");
+        if (!setup.responders.is_array()) {
             r.Fail(r.Place("responders"), "must be a list");
         }
     }
     r.Finish();
-    return spec;
+    return setup;
 }
 
 } // namespace
@@ -389,12 +389,12 @@ Rig ParseRig(const std::string& text, const std::string& file) {
     top.Finish();
     std::set<std::string> names;
     for (size_t i = 0; i < ports.size(); ++i) {
-        PortSpec spec = ReadPort(ports[i], file, i, ports.size());
-        if (!names.insert(spec.name).second) {
+        PortSpec setup = ReadPort(ports[i], file, i, ports.size());
+        if (!names.insert(setup.name).second) {
             top.Fail("ports[" + std::to_string(i) + "].name",
-                     "\"" + spec.name + "\" is used by another port");
+                     "\"" + setup.name + "\" is used by another port");
         }
-        rig.ports.push_back(std::move(spec));
+        rig.ports.push_back(std::move(setup));
     }
     return rig;
 }

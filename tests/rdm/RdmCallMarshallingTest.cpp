@@ -21,7 +21,7 @@ protected:
     void ExpectLocalBox(const std::string& text, const std::string& title) { ui.Expect(text, vb::OK, title); }
 };
 
-// ---- The edge cases ----
+// ---- Corner cases ----
 
 TEST_F(Marshalling, GetDeviceLabelWithByteParameterReportsTypeAndReturnsEmpty) {
     auto call = Call(pid::DEVICE_LABEL);

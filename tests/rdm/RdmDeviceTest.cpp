@@ -29,7 +29,7 @@ protected:
     }
 };
 
-// ---- The edge cases ----
+// ---- Corner cases ----
 
 TEST_F(DeviceTest, SubDeviceCountZeroHasOnlyTheRootDevice) {
     Info info;

@@ -59,7 +59,7 @@ protected:
     }
 };
 
-// ---- The edge cases ----
+// ---- Corner cases ----
 
 TEST_F(SensorTest, Prefix3OnUnit2IsVoltsAtScaleMinus3WithThreeDecimals) {
     Definition d;

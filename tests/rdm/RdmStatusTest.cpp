@@ -30,7 +30,7 @@ protected:
     }
 };
 
-// ---- The edge cases ----
+// ---- Corner cases ----
 
 TEST_F(StatusTest, Id33NamesTheSensorByItsDescription) {
     auto subDev = SubDev(Pids({0x0200, 0x0201}));

@@ -28,7 +28,7 @@ protected:
     }
 };
 
-// ---- The edge cases ----
+// ---- Corner cases ----
 
 TEST_F(SubDevTest, EmptySupportedListOnSubDevice1GivesMandatedPidsAscendingWithStartAddress) {
     Info info;

@@ -155,7 +155,9 @@ bool QtUi::OpenUrl(const std::string& url) {
 }
 
 FileDialogResult QtUi::FileDialog(const FileDialogRequest& request) {
+    constexpr long kOverwritePrompt = 0x2;
     constexpr long kAllowMultiSelect = 0x200;
+    constexpr long kFileMustExist = 0x1000;
     QFileDialog dialog(nullptr, QString::fromStdString(request.caption));
     dialog.setObjectName(QStringLiteral("FileDialog"));
     QStringList filters;
@@ -181,10 +183,17 @@ FileDialogResult QtUi::FileDialog(const FileDialogRequest& request) {
     if (request.save) {
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setFileMode(QFileDialog::AnyFile);
+        dialog.setOption(QFileDialog::DontConfirmOverwrite, (request.flags & kOverwritePrompt) == 0);
     } else {
         dialog.setAcceptMode(QFileDialog::AcceptOpen);
-        dialog.setFileMode((request.flags & kAllowMultiSelect) != 0 ? QFileDialog::ExistingFiles
-                                                                    : QFileDialog::ExistingFile);
+        // A single name may be one that does not exist yet unless the caller asks for an existing
+        // file; several names are always existing files.
+        if ((request.flags & kAllowMultiSelect) != 0) {
+            dialog.setFileMode(QFileDialog::ExistingFiles);
+        } else {
+            dialog.setFileMode((request.flags & kFileMustExist) != 0 ? QFileDialog::ExistingFile
+                                                                     : QFileDialog::AnyFile);
+        }
     }
     FileDialogResult result;
     if (dialog.exec() != QDialog::Accepted) {

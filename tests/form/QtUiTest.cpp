@@ -5,6 +5,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -152,6 +153,41 @@ TEST(QtUiTest, TheInputBoxGivesTheTextOrNothingWhenCancelled) {
         dialog->reject();
     });
     EXPECT_EQ(ui.InputBox("Name?", "Title", "x"), std::nullopt);
+}
+
+// The file dialog's mode follows the caller's option bits; the dialog is read and cancelled.
+QFileDialog::FileMode ModeOfDialogFor(long flags, bool save, bool* confirmsOverwrite) {
+    QFileDialog::FileMode mode = QFileDialog::Directory;
+    QTimer::singleShot(30, [&] {
+        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        mode = dialog->fileMode();
+        *confirmsOverwrite = !dialog->testOption(QFileDialog::DontConfirmOverwrite);
+        dialog->reject();
+    });
+    FileDialogRequest request;
+    request.caption = "Firmware Program File";
+    request.filters = {{"Flash Files ", "*.FUD"}, {"All Files ", "*"}};
+    request.flags = flags;
+    request.save = save;
+    const FileDialogResult result = qtUi().FileDialog(request);
+    EXPECT_FALSE(result.chosen);
+    return mode;
+}
+
+TEST(QtUiTest, TheFileDialogAsksForAnExistingFileOnlyWhenTheCallerSaysSo) {
+    bool confirms = false;
+    EXPECT_EQ(ModeOfDialogFor(0x1000, false, &confirms), QFileDialog::ExistingFile);
+    EXPECT_EQ(ModeOfDialogFor(0, false, &confirms), QFileDialog::AnyFile);
+    EXPECT_EQ(ModeOfDialogFor(0x200, false, &confirms), QFileDialog::ExistingFiles);
+}
+
+TEST(QtUiTest, TheSaveDialogConfirmsAnOverwriteOnlyWhenAsked) {
+    bool confirms = false;
+    EXPECT_EQ(ModeOfDialogFor(0x2, true, &confirms), QFileDialog::AnyFile);
+    EXPECT_TRUE(confirms);
+    EXPECT_EQ(ModeOfDialogFor(0, true, &confirms), QFileDialog::AnyFile);
+    EXPECT_FALSE(confirms);
 }
 
 } // namespace

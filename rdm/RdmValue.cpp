@@ -56,51 +56,31 @@ bool RdmDate::Compose(int year, int month, int day, int hours, int minutes, int 
 }
 
 RdmValue RdmValue::Void() {
-    RdmValue v;
-    v.type_ = RdmType::Void;
-    return v;
+    return RdmValue(RdmType::Void, std::monostate{});
 }
 
 RdmValue RdmValue::Boolean(bool value) {
-    RdmValue v;
-    v.type_ = RdmType::Boolean;
-    v.data_ = value;
-    return v;
+    return RdmValue(RdmType::Boolean, value);
 }
 
 RdmValue RdmValue::Byte(uint8_t value) {
-    RdmValue v;
-    v.type_ = RdmType::Byte;
-    v.data_ = value;
-    return v;
+    return RdmValue(RdmType::Byte, value);
 }
 
 RdmValue RdmValue::Integer(int32_t value) {
-    RdmValue v;
-    v.type_ = RdmType::Integer;
-    v.data_ = value;
-    return v;
+    return RdmValue(RdmType::Integer, value);
 }
 
 RdmValue RdmValue::Long(int32_t value) {
-    RdmValue v;
-    v.type_ = RdmType::Long;
-    v.data_ = value;
-    return v;
+    return RdmValue(RdmType::Long, value);
 }
 
 RdmValue RdmValue::String(Bytes value) {
-    RdmValue v;
-    v.type_ = RdmType::String;
-    v.data_ = std::move(value);
-    return v;
+    return RdmValue(RdmType::String, std::move(value));
 }
 
 RdmValue RdmValue::Date(const RdmDate& value) {
-    RdmValue v;
-    v.type_ = RdmType::Date;
-    v.data_ = value;
-    return v;
+    return RdmValue(RdmType::Date, value);
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace zol::rdm {
@@ -68,8 +69,11 @@ public:
     friend bool operator==(const RdmValue&, const RdmValue&) = default;
 
 private:
+    using Data = std::variant<std::monostate, bool, uint8_t, int32_t, Bytes, RdmDate>;
+    RdmValue(RdmType type, Data data) : type_(type), data_(std::move(data)) {}
+
     RdmType type_ = RdmType::Empty;
-    std::variant<std::monostate, bool, uint8_t, int32_t, Bytes, RdmDate> data_;
+    Data data_;
 };
 
 } // namespace zol::rdm

@@ -4,6 +4,7 @@
 #include "framework/seam/Product.h"
 #include "framework/seam/UiSeam.h"
 #include "services/update/AUF_WebLink.h"
+#include "services/update/ClickLabel.h"
 #include "services/update/WebAddress.h"
 
 #include <QGridLayout>
@@ -16,22 +17,6 @@
 namespace zol {
 
 namespace {
-
-// A label that reports a left click.
-class ClickLabel : public QLabel {
-public:
-    using QLabel::QLabel;
-    std::function<void()> onClick;
-
-protected:
-    void mouseReleaseEvent(QMouseEvent* event) override {
-        if (event->button() == Qt::LeftButton && onClick) {
-            onClick();
-            return;
-        }
-        QLabel::mouseReleaseEvent(event);
-    }
-};
 
 // The maker's mark, drawn rather than loaded: a lamp beam over the initial.
 QPixmap DrawLogo() {

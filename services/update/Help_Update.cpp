@@ -8,6 +8,7 @@
 #include "services/settings/AUF_Registry.h"
 #include "services/strings/StrFormat.h"
 #include "services/update/AUF_WebLink.h"
+#include "services/update/ClickLabel.h"
 #include "services/update/UpdateProtocol.h"
 #include "services/update/WebAddress.h"
 
@@ -23,21 +24,6 @@ namespace zol {
 namespace {
 
 constexpr const char* kSource = "Help_Update";
-
-// A label that reports clicks, for the web link.
-class ClickLabel : public QLabel {
-public:
-    using QLabel::QLabel;
-    std::function<void()> onClick;
-
-protected:
-    void mouseReleaseEvent(QMouseEvent* event) override {
-        QLabel::mouseReleaseEvent(event);
-        if (event->button() == Qt::LeftButton && onClick) {
-            onClick();
-        }
-    }
-};
 
 } // namespace
 

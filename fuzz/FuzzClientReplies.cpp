@@ -2,7 +2,7 @@
 // program stop its table names, and never reads or writes outside its buffers or hangs.
 #include "device_link/core/Client.h"
 #include "device_link/core/ErrTrap.h"
-#include "device_link/core/LoopClock.h"
+#include "framework/seam/LoopClock.h"
 #include "framework/seam/UiSeam.h"
 
 #include <algorithm>
@@ -37,8 +37,9 @@ private:
 // Time runs ten seconds a turn of the loop, so even the longest delayed answer ends at once.
 class FastClock final : public zol::LoopClock {
 public:
+    std::unique_ptr<zol::ClockTimer> MakeTimer(std::function<void()>) override { return nullptr; }
     double TimeOfDay() override { return now_; }
-    void PumpEvents() override {
+    void WaitEvents(double /*seconds*/) override {
         now_ += 10.0;
         if (now_ >= 86400.0) {
             now_ -= 86400.0;

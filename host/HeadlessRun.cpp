@@ -6,7 +6,8 @@
 #include "services/settings/AUF_Registry.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -73,13 +74,12 @@ bool Parse(int argc, char** argv, Options& options) {
     return true;
 }
 
-// Runs the Qt event loop for `ms` milliseconds, as a host does between its calls.
+// Runs the Qt event loop for `ms` milliseconds, as a host does between its calls; the loop sleeps
+// while nothing happens.
 void PumpFor(int ms) {
-    QElapsedTimer timer;
-    timer.start();
-    do {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    } while (timer.elapsed() < ms);
+    QEventLoop loop;
+    QTimer::singleShot(std::max(ms, 0), Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 // The levels received from the device's input in DMX-in mode.

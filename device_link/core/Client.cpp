@@ -1,8 +1,8 @@
 #include "device_link/core/Client.h"
 
 #include "device_link/core/ErrTrap.h"
-#include "device_link/core/LoopClock.h"
 #include "device_link/kdi.h"
+#include "framework/seam/LoopClock.h"
 #include "framework/seam/UiSeam.h"
 
 #include <algorithm>
@@ -186,8 +186,11 @@ Bytes Command(uint8_t code, const Bytes& data) {
             buffer[1] = static_cast<uint8_t>(ByteAt(data, 0));
             length = 2;
             // The deadline is compared at single precision, as the time of day is kept.
-            while (static_cast<float>(clock->Now()) <= static_cast<float>(deadline)) {
-                loopClock().PumpEvents();
+            // The message loop runs while the answer is prepared; the wait sleeps in it until an
+            // event or the deadline, so it costs no processor time while nothing happens.
+            for (double now = clock->Now(); static_cast<float>(now) <= static_cast<float>(deadline);
+                 now = clock->Now()) {
+                loopClock().WaitEvents(deadline - now + 0.001);
             }
         } else {
             buffer[0] = code;

@@ -211,7 +211,7 @@ FileDialogResult QtUi::FileDialog(const FileDialogRequest& request) {
 }
 
 void QtUi::Halt() {
-    std::abort();
+    EndProgram();
 }
 
 QtUi& qtUi() {

@@ -40,7 +40,7 @@ public:
         return false;
     }
     FileDialogResult FileDialog(const FileDialogRequest&) override { return {}; }
-    [[noreturn]] void Halt() override { std::abort(); }
+    [[noreturn]] void Halt() override { EndProgram(); }
 
 private:
     int pointer_ = kPointerDefault;
@@ -55,7 +55,9 @@ Ui* g_ui = nullptr;
 
 } // namespace
 
-Ui& ui() { return g_ui ? *g_ui : consoleUi(); }
+Ui& ui() {
+    return g_ui ? *g_ui : consoleUi();
+}
 
 Ui* SetUi(Ui* impl) {
     Ui* previous = g_ui;
@@ -63,6 +65,17 @@ Ui* SetUi(Ui* impl) {
     return previous;
 }
 
-const char* AppTitle() { return product::kTitle; }
+const char* AppTitle() {
+    return product::kTitle;
+}
+
+} // namespace zol
+
+namespace zol {
+
+void EndProgram() {
+    std::fflush(nullptr);
+    std::_Exit(kHaltExitStatus);
+}
 
 } // namespace zol

@@ -46,8 +46,8 @@ struct FileDialogRequest {
     int filterIndex = 1;
     std::string initialDir;
     std::string fileName;
-    long flags = 0;     // OFN_* style option bits as given by the caller
-    bool save = false;  // save dialog instead of open
+    long flags = 0;    // OFN_* style option bits as given by the caller
+    bool save = false; // save dialog instead of open
 };
 
 struct FileDialogResult {
@@ -77,10 +77,16 @@ public:
 };
 
 // The installed implementation. Before anything is installed this is a console fallback that
-// answers every box with its first button and aborts on Halt.
+// answers every box with its first button and ends the program on Halt.
 Ui& ui();
 // Installs `impl` (not owned) and returns the one it replaces; nullptr restores the fallback.
 Ui* SetUi(Ui* impl);
+
+// The end of the program for a fatal stop: standard output and error are flushed, then the process
+// exits at once with kHaltExitStatus. No destructor and no exit handler runs, so nothing is written
+// on the way out.
+inline constexpr int kHaltExitStatus = 3;
+[[noreturn]] void EndProgram();
 
 // The application's own title, used where a box names no title.
 const char* AppTitle();

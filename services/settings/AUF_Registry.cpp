@@ -7,6 +7,7 @@
 #include "services/strings/StrFormat.h"
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -17,10 +18,16 @@ namespace sf = settings_file;
 
 namespace {
 
-// A failure of the store with the text the user is shown.
+// A failure of the store with the text the user is shown, and the detail (the file and the system's
+// reason) that goes to standard error before the program stops.
 class StoreFailure : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit StoreFailure(const std::string& text, std::string detail = {})
+        : std::runtime_error(text), detail_(std::move(detail)) {}
+    const std::string& Detail() const { return detail_; }
+
+private:
+    std::string detail_;
 };
 
 struct Identity {
@@ -60,8 +67,12 @@ std::string SectionPath(const std::string& section) {
     return SettingsFolder() + "/registry/" + relative + ".conf";
 }
 
-// The stop box with the text, then the end of the program.
-[[noreturn]] void Fatal(const std::string& text) {
+// The stop box with the text, then the end of the program. What went wrong, and in which file,
+// goes to standard error first, where it outlives the box.
+[[noreturn]] void Fatal(const std::string& text, const std::string& detail) {
+    std::fprintf(stderr, "%s: settings store: %s%s%s\n", product::kTitle, text.c_str(),
+                 detail.empty() ? "" : ": ", detail.c_str());
+    std::fflush(stderr);
     ui().MsgBox(text, vb::Critical);
     ui().Halt();
     std::abort(); // Halt never comes back
@@ -130,7 +141,8 @@ void Write(const std::string& name, const SettingValue& value) {
     std::error_code ec;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
     if (ec || sf::Load(path, document, &why) == sf::LoadResult::Failed) {
-        throw StoreFailure("Could not open/create registry section \"" + section + "\"");
+        throw StoreFailure("Could not open/create registry section \"" + section + "\"",
+                           ec ? path + ": " + ec.message() : why);
     }
     // As the system store does for text: a terminating zero is kept after a text that has any.
     if (type == sf::kTypeSz && !data.empty()) {
@@ -138,7 +150,7 @@ void Write(const std::string& name, const SettingValue& value) {
     }
     document.Obtain(section).Set(valueName, type, data);
     if (!sf::WriteAtomic(path, sf::Serialize(document), &why)) {
-        throw StoreFailure("Registry Value \"" + valueName + "\" update failed");
+        throw StoreFailure("Registry Value \"" + valueName + "\" update failed", why);
     }
 }
 
@@ -151,7 +163,7 @@ SettingValue Read(const std::string& name, const SettingValue& defaultValue) {
     case sf::LoadResult::Absent:
         return defaultValue;
     case sf::LoadResult::Failed:
-        throw StoreFailure("Could not open registry section");
+        throw StoreFailure("Could not open registry section", why);
     case sf::LoadResult::Loaded:
         break;
     }
@@ -178,14 +190,16 @@ SettingValue Read(const std::string& name, const SettingValue& defaultValue) {
 // Runs one store operation; any failure is fatal. The box is shown outside the handler.
 template <typename Operation> auto Guarded(Operation operation) -> decltype(operation()) {
     std::string failure;
+    std::string detail;
     try {
         return operation();
     } catch (const StoreFailure& e) {
         failure = e.what();
+        detail = e.Detail();
     } catch (const std::exception& e) {
         failure = e.what(); // the system's own description of the failure
     }
-    Fatal(failure);
+    Fatal(failure, detail);
 }
 
 [[noreturn]] void TypeMismatch() {

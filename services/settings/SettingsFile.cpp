@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -304,6 +305,24 @@ bool WriteAll(int fd, const std::string& text) {
     return true;
 }
 
+// Removes what writes that were killed half way left behind: temporaries of this file (the prefix
+// and six characters) last changed over a minute ago. A write under way elsewhere is younger.
+void RemoveStaleTemporaries(const std::filesystem::path& folder, const std::string& prefix) {
+    std::error_code ec;
+    const auto limit = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1);
+    for (std::filesystem::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        if (name.size() != prefix.size() + 6 || name.compare(0, prefix.size(), prefix) != 0) {
+            continue;
+        }
+        std::error_code timeError;
+        const auto changed = std::filesystem::last_write_time(it->path(), timeError);
+        if (!timeError && changed < limit && it->is_regular_file(timeError)) {
+            std::filesystem::remove(it->path(), timeError);
+        }
+    }
+}
+
 } // namespace
 
 bool SameName(const std::string& a, const std::string& b) {
@@ -318,49 +337,75 @@ bool SameName(const std::string& a, const std::string& b) {
     return true;
 }
 
-const StoredValue* Section::Find(const std::string& valueName) const {
-    for (const auto& value : values) {
-        if (SameName(value.name, valueName)) {
-            return &value;
-        }
+std::string NameKey(const std::string& name) {
+    std::string key = name;
+    for (char& c : key) {
+        c = Lower(c);
     }
-    return nullptr;
+    return key;
+}
+
+void Section::Reindex() const {
+    index_.clear();
+    for (size_t i = 0; i < values.size(); ++i) {
+        index_.emplace(NameKey(values[i].name), i);
+    }
+}
+
+const StoredValue* Section::Find(const std::string& valueName) const {
+    if (index_.size() != values.size()) {
+        Reindex();
+    }
+    const auto found = index_.find(NameKey(valueName));
+    if (found == index_.end() || found->second >= values.size() ||
+        !SameName(values[found->second].name, valueName)) {
+        return nullptr;
+    }
+    return &values[found->second];
 }
 
 void Section::Set(const std::string& valueName, int type, const std::string& data) {
-    for (auto& value : values) {
-        if (SameName(value.name, valueName)) {
-            value.type = type;
-            value.data = data;
-            return;
-        }
+    if (const StoredValue* present = Find(valueName)) {
+        auto& value = values[static_cast<size_t>(present - values.data())];
+        value.type = type;
+        value.data = data;
+        return;
     }
     values.push_back({valueName, type, data});
+    index_.emplace(NameKey(valueName), values.size() - 1);
 }
 
-Section* Document::Find(const std::string& sectionName) {
-    for (auto& section : sections) {
-        if (SameName(section.name, sectionName)) {
-            return &section;
-        }
+void Document::Reindex() const {
+    index_.clear();
+    for (size_t i = 0; i < sections.size(); ++i) {
+        index_.emplace(NameKey(sections[i].name), i);
     }
-    return nullptr;
 }
 
 const Section* Document::Find(const std::string& sectionName) const {
-    for (const auto& section : sections) {
-        if (SameName(section.name, sectionName)) {
-            return &section;
-        }
+    if (index_.size() != sections.size()) {
+        Reindex();
     }
-    return nullptr;
+    const auto found = index_.find(NameKey(sectionName));
+    if (found == index_.end() || found->second >= sections.size() ||
+        !SameName(sections[found->second].name, sectionName)) {
+        return nullptr;
+    }
+    return &sections[found->second];
+}
+
+Section* Document::Find(const std::string& sectionName) {
+    return const_cast<Section*>(static_cast<const Document*>(this)->Find(sectionName));
 }
 
 Section& Document::Obtain(const std::string& sectionName) {
     if (Section* found = Find(sectionName)) {
         return *found;
     }
-    sections.push_back({sectionName, {}});
+    Section made;
+    made.name = sectionName;
+    sections.push_back(std::move(made));
+    index_.emplace(NameKey(sectionName), sections.size() - 1);
     return sections.back();
 }
 
@@ -449,8 +494,16 @@ LoadResult Load(const std::string& path, Document& document, std::string* error)
         }
         return LoadResult::Failed;
     }
+    if (static_cast<uint64_t>(info.st_size) > kMaxFileBytes) {
+        ::close(fd);
+        if (error != nullptr) {
+            *error = path + " is too large for a settings file (" + std::to_string(info.st_size) +
+                     " bytes, at most " + std::to_string(kMaxFileBytes) + ")";
+        }
+        return LoadResult::Failed;
+    }
     std::string text;
-    char chunk[4096];
+    char chunk[65536];
     for (;;) {
         const ssize_t n = ::read(fd, chunk, sizeof chunk);
         if (n < 0) {
@@ -468,6 +521,13 @@ LoadResult Load(const std::string& path, Document& document, std::string* error)
             break;
         }
         text.append(chunk, static_cast<size_t>(n));
+        if (text.size() > kMaxFileBytes) { // it grew while being read
+            ::close(fd);
+            if (error != nullptr) {
+                *error = path + " is too large for a settings file";
+            }
+            return LoadResult::Failed;
+        }
     }
     ::close(fd);
     std::string why;
@@ -500,6 +560,7 @@ bool WriteAtomic(const std::string& path, const std::string& text, std::string* 
     std::string tempName = ".";
     tempName += target.filename().string();
     tempName += ".XXXXXX";
+    RemoveStaleTemporaries(folder, tempName.substr(0, tempName.size() - 6));
     std::string temp = (folder / tempName).string();
     const int fd = ::mkstemp(temp.data());
     if (fd < 0) {

@@ -19,6 +19,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace zol::settings_file {
@@ -33,13 +34,22 @@ struct StoredValue {
     std::string data; // the stored bytes
 };
 
+// Names compare without regard to the case of ASCII letters: the key of a name in the indexes below.
+std::string NameKey(const std::string& name);
+
 struct Section {
     std::string name;
-    std::vector<StoredValue> values;
+    std::vector<StoredValue> values; // in the order first written
 
     // Names compare without regard to the case of ASCII letters; the first spelling written stays.
+    // Look-ups go through an index by name, so a file of many values reads and writes in linear time.
     const StoredValue* Find(const std::string& valueName) const;
     void Set(const std::string& valueName, int type, const std::string& data);
+
+private:
+    // Name key -> place in `values`; rebuilt when `values` was changed from outside.
+    mutable std::unordered_map<std::string, size_t> index_;
+    void Reindex() const;
 };
 
 struct Document {
@@ -47,7 +57,14 @@ struct Document {
     Section* Find(const std::string& sectionName);
     const Section* Find(const std::string& sectionName) const;
     Section& Obtain(const std::string& sectionName);
+
+private:
+    mutable std::unordered_map<std::string, size_t> index_;
+    void Reindex() const;
 };
+
+// The largest settings file read; a larger one is refused as not a settings file.
+inline constexpr size_t kMaxFileBytes = 4u * 1024u * 1024u;
 
 // Parses a whole file. On a malformed line returns nothing and says which line and why.
 std::optional<Document> Parse(const std::string& text, std::string* error);

@@ -7,6 +7,7 @@
 #include "tests/support/ScopedConfigDir.h"
 #include "tests/support/ScriptedUi.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -329,6 +330,85 @@ TEST_F(RegistryTest, ReadBoolConvertsNumbersAndWords) {
     EXPECT_TRUE(AUF_Registry::ReadBool("B"));
     AUF_Registry::WriteValue("B", std::string("maybe"));
     EXPECT_THROW(AUF_Registry::ReadBool("B"), RuntimeFault);
+}
+
+// ---- Large, oversized and interrupted files ----
+
+TEST_F(RegistryTest, AFileOverFourMegabytesIsRefusedAsUnreadableAndLeftAsItIs) {
+    std::string big = "[Software\\KARN\\DMX-ZOL]\n";
+    while (big.size() <= sf::kMaxFileBytes) {
+        big += "; padding padding padding padding padding padding padding padding padding padding\n";
+    }
+    WriteText(SectionFile(), big);
+    ExpectFatal("Could not open registry section",
+                [] { AUF_Registry::ReadValue("PortUsed", std::string()); });
+    EXPECT_EQ(fs::file_size(SectionFile()), big.size());
+}
+
+TEST_F(RegistryTest, AHundredThousandValuesReadBackByNameWhateverTheirCase) {
+    sf::Document document;
+    sf::Section& section = document.Obtain("S");
+    for (int i = 0; i < 100000; ++i) {
+        section.Set("Key" + std::to_string(i), sf::kTypeDword, std::string("\x01\x00\x00\x00", 4));
+    }
+    section.Set("KEY99999", sf::kTypeSz, "x");
+    std::string error;
+    const auto parsed = sf::Parse(sf::Serialize(document), &error);
+    ASSERT_TRUE(parsed.has_value()) << error;
+    const sf::Section* back = parsed->Find("s");
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->values.size(), 100000u);
+    ASSERT_NE(back->Find("key99999"), nullptr);
+    EXPECT_EQ(back->Find("key99999")->name, "Key99999") << "the first spelling written stays";
+    EXPECT_EQ(back->Find("key99999")->type, sf::kTypeSz);
+    EXPECT_EQ(back->Find("Key0")->type, sf::kTypeDword);
+    EXPECT_EQ(back->Find("Key100000"), nullptr);
+}
+
+TEST_F(RegistryTest, AValueAddedAfterTheListWasChangedFromOutsideIsStillFound) {
+    sf::Section section;
+    section.Set("A", sf::kTypeSz, "1");
+    section.values.push_back({"B", sf::kTypeSz, "2"});
+    ASSERT_NE(section.Find("b"), nullptr);
+    EXPECT_EQ(section.Find("b")->data, "2");
+    section.values.erase(section.values.begin());
+    EXPECT_EQ(section.Find("a"), nullptr);
+    EXPECT_EQ(section.Find("B")->data, "2");
+}
+
+TEST_F(RegistryTest, AWriteRemovesTheStaleTemporaryFilesOfItsOwnFileOnly) {
+    AUF_Registry::WriteValue("PortUsed", std::string("ZOL USB 1"));
+    const fs::path folder = SectionFile().parent_path();
+    const fs::path stale = folder / ".DMX-ZOL.conf.AbC123";
+    const fs::path fresh = folder / ".DMX-ZOL.conf.XyZ789";
+    const fs::path foreign = folder / ".Other.conf.AbC123";
+    for (const auto& path : {stale, fresh, foreign}) {
+        WriteText(path, "half a file");
+    }
+    const auto old = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    fs::last_write_time(stale, old);
+    fs::last_write_time(foreign, old);
+    AUF_Registry::WriteValue("PortUsed", std::string("ZOL USB 2"));
+    EXPECT_FALSE(fs::exists(stale)) << "left by a write that was killed";
+    EXPECT_TRUE(fs::exists(fresh)) << "a write under way elsewhere may still need it";
+    EXPECT_TRUE(fs::exists(foreign)) << "another file's temporary is not ours";
+    EXPECT_EQ(std::get<std::string>(AUF_Registry::ReadValue("PortUsed", std::string())), "ZOL USB 2");
+}
+
+using RegistryDeathTest = RegistryTest;
+
+TEST_F(RegistryDeathTest, AnUnreadableStoreEndsTheProgramWithItsReasonAndFileOnStandardErrorAndStatus3) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    Seed("\"PortUsed\"=sz:\"unterminated\n");
+    const std::string before = ReadAll(SectionFile());
+    EXPECT_EXIT(
+        {
+            SetUi(nullptr); // the console fallback: its Halt is the product's end of the program
+            AUF_Registry::ReadValue("PortUsed", std::string());
+        },
+        ::testing::ExitedWithCode(kHaltExitStatus),
+        "DMX-ZOL: settings store: Could not open registry section: .*DMX-ZOL\\.conf is corrupt \\(line 2");
+    EXPECT_EQ(ReadAll(SectionFile()), before) << "nothing is written on the way out";
 }
 
 // ---- The file format ----

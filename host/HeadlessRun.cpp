@@ -155,8 +155,9 @@ int RunHeadless(int argc, char** argv) {
     if (count <= 0) {
         char text[KDI_TEXT_SIZE] = {};
         device->LastError(text, sizeof text);
+        // The library's own reason, also when it simply has no port (a simulator whose rig was refused).
         std::fprintf(stderr, "zol-host: the device library %s offers no port (%d%s%s)\n", devicePath.c_str(),
-                     count, count < 0 ? ": " : "", count < 0 ? text : "");
+                     count, text[0] != '\0' ? ": " : "", text);
         return 3;
     }
     std::vector<std::string> ports;

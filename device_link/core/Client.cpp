@@ -272,10 +272,23 @@ void ResetStateForTest() {
 
 // ---- Library functions ----
 
+namespace {
+
+// Raises `raw` for a failed library call; a library that could not be loaded at all raises
+// ErrAPI_Unexpected instead, whose text names the library and the loader's reason.
+[[noreturn]] void RaiseResult(int32_t result, int32_t raw, const std::string& source) {
+    if (result == kLibraryUnavailable) {
+        ErrTrap::Raise(err::ErrAPI_Unexpected & 0xFFF, source);
+    }
+    ErrTrap::Raise(raw, source);
+}
+
+} // namespace
+
 int32_t GetPortCount() {
     const int32_t result = Library().PortCount();
     if (result < 0) {
-        ErrTrap::Raise(Magnitude(result), "API-GetPortCount");
+        RaiseResult(result, Magnitude(result), "API-GetPortCount");
     }
     return result;
 }
@@ -307,7 +320,7 @@ std::string LibraryVersion() {
     std::array<char, KDI_TEXT_SIZE> buffer{};
     const int32_t result = Library().Version(buffer.data(), KDI_TEXT_SIZE);
     if (result < 0) {
-        ErrTrap::Raise(Magnitude(result));
+        RaiseResult(result, Magnitude(result), "");
     }
     return TextOf(buffer.data(), result, KDI_TEXT_SIZE);
 }

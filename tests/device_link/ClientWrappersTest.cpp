@@ -1,6 +1,7 @@
 // The wrappers of the library functions and of the local device commands: request bytes, reply
 // parsing, error codes and the paths that end the program.
 #include "device_link/core/Client.h"
+#include "device_link/core/DeviceLibrary.h"
 #include "device_link/core/ErrTrap.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/ScriptedDeviceLibrary.h"
@@ -44,6 +45,19 @@ TEST_F(ClientWrappersTest, GetPortCountRaisesTheBareMagnitudeWithout0x100) {
     const ZolError e = ErrorOf([] { Client::GetPortCount(); });
     EXPECT_EQ(e.Code(), 0x1002);
     EXPECT_EQ(e.Source(), "API-GetPortCount");
+}
+
+TEST_F(ClientWrappersTest, ALibraryThatCouldNotBeLoadedNamesItselfAndTheReasonWhenPortsAreCounted) {
+    library_.portCountResult = kLibraryUnavailable;
+    library_.lastError =
+        "Device library could not be loaded: /opt/zol/libmissing.so: cannot open shared object file";
+    const ZolError e = ErrorOf([] { Client::GetPortCount(); });
+    EXPECT_EQ(e.Code(), err::ErrAPI_Unexpected);
+    EXPECT_EQ(e.Source(), "API-GetPortCount");
+    EXPECT_EQ(ErrTrap::Message(e.Code()),
+              "Unexpected Error returned from Application interface\r\n"
+              "Device library could not be loaded: /opt/zol/libmissing.so: cannot open "
+              "shared object file");
 }
 
 TEST_F(ClientWrappersTest, GetPortNameReturnsTheFirstResultCharacters) {

@@ -11,10 +11,13 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRadioButton>
 #include <QSlider>
 #include <QSpinBox>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <dlfcn.h>
@@ -257,8 +260,10 @@ struct HostRun {
     std::string errors;
 };
 
-HostRun RunHost(const QStringList& arguments) {
+HostRun RunHost(const QStringList& arguments,
+                const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(QString::fromStdString(BinDir() + "/zol-host"), arguments);
     HostRun run;
     if (!process.waitForFinished(30000)) {
@@ -277,6 +282,25 @@ TEST(HostProgram, MissingPluginIsToldAndTheProgramEnds) {
         RunHost({QStringLiteral("--plugin"), QStringLiteral("/nonexistent/libzol-plugin.so")});
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_NE(run.errors.find("zol-host: the plug-in could not be loaded"), std::string::npos) << run.errors;
+}
+
+TEST(HostProgram, ARigTheSimulatorRefusesIsToldWithTheSimulatorsReason) {
+    QTemporaryDir folder;
+    ASSERT_TRUE(folder.isValid());
+    const QString rig = folder.filePath(QStringLiteral("broken.json"));
+    {
+        QFile file(rig);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("{ \"name\": \"broken\", \"ports\": [ { \"name\": 7 } ] }");
+    }
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ZOL_SIM_RIG"), rig);
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.filePath(QStringLiteral("config")));
+    const HostRun run = RunHost({QStringLiteral("--headless")}, environment);
+    EXPECT_EQ(run.exitCode, 3);
+    EXPECT_NE(run.errors.find("offers no port (0: Rig refused: " + rig.toStdString() + ": ports[0].name"),
+              std::string::npos)
+        << run.errors;
 }
 
 TEST(HostProgram, UnknownOptionGivesUsage) {

@@ -4,6 +4,7 @@
 #include "device_link/status/DEV_Status.h"
 #include "framework/seam/Product.h"
 #include "services/settings/AUF_Registry.h"
+#include "services/strings/StrFormat.h"
 
 #include <QLocale>
 #include <QStringList>
@@ -64,7 +65,7 @@ bool SYS_Status::Updates() {
     bool found = false;
     ErrTrap::Standard("SYS_Status.Updates (Get)", [&] {
         const std::string latest = AUF_Registry::ReadString("Latest_Software");
-        if (latest.empty()) {
+        if (latest.empty() || !Text::IsVersion(latest)) { // a value no compare can read counts as absent
             return;
         }
         found = Versions::AnyFieldGreater(latest, appVersion_);

@@ -120,6 +120,27 @@ std::array<std::string, 3> VersionFields(const std::string& version) {
     return fields;
 }
 
+bool IsVersion(const std::string& version) {
+    for (const std::string& raw : VersionFields(version)) {
+        const std::string field = TrimBlanks(raw);
+        size_t i = (!field.empty() && (field[0] == '+' || field[0] == '-')) ? 1 : 0;
+        if (i >= field.size() || field.size() - i > 5) {
+            return false;
+        }
+        long value = 0;
+        for (; i < field.size(); ++i) {
+            if (field[i] < '0' || field[i] > '9') {
+                return false;
+            }
+            value = value * 10 + (field[i] - '0');
+        }
+        if (value > (field[0] == '-' ? 32768 : 32767)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace Text
 
 std::string FormatPID(int64_t value) {

@@ -28,6 +28,9 @@ std::string ItemOf(const std::string& source, int16_t item, const std::string& d
 // The first three fields of a version text "a.b.c", split at "."; a missing or empty field is
 // "0". The fields are not read as numbers here: each comparison of versions has its own rule.
 std::array<std::string, 3> VersionFields(const std::string& version);
+// True when each of the three fields of VersionFields is a whole number of 16 bits (blanks around
+// it, an optional sign), so that every compare of versions can read it.
+bool IsVersion(const std::string& version);
 } // namespace Text
 
 // "$" + four upper-case hex digits (the last four).

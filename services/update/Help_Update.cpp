@@ -161,6 +161,10 @@ void Help_Update::Winsock_DataArrival() {
         update::StoreBody(answer.body);
         ui().SetMousePointer(kPointerDefault);
         Compare();
+    } catch (const update::BadVersion& e) {
+        latest_ = e.Value();
+        ui().MsgBox("Server Data Error\r\n[" + latest_ + "]", vb::Critical,
+                    std::string("Update Information"));
     } catch (const ZolError&) {
         ui().MsgBox("Server Data Error\r\n[" + latest_ + "]", vb::Critical,
                     std::string("Update Information"));
@@ -172,6 +176,9 @@ void Help_Update::Winsock_DataArrival() {
 
 void Help_Update::Compare() {
     latest_ = AUF_Registry::ReadString("Latest_Software", "");
+    if (!Text::IsVersion(latest_)) {
+        latest_.clear(); // a value no compare can read counts as absent
+    }
     const std::string productName = product::kProductName;
     const bool newer = !latest_.empty() && update::IsNewer(latest_, sState_->AppVersion());
     if (!newer) {

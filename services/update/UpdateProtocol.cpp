@@ -2,6 +2,8 @@
 
 #include "device_link/core/ErrTrap.h"
 #include "services/settings/AUF_Registry.h"
+#include "services/settings/SettingsFile.h"
+#include "services/strings/StrFormat.h"
 
 #include <cctype>
 #include <cstdint>
@@ -112,6 +114,9 @@ void StoreBody(const std::string& body) {
         const std::vector<std::string> parts = SplitText(TrimBlanks(raw), "=");
         const std::string& key = ItemAt(parts, 0);
         const std::string value = TrimBlanks(ItemAt(parts, 1));
+        if (settings_file::SameName(key, "Software") && !Text::IsVersion(value)) {
+            throw BadVersion(value);
+        }
         AUF_Registry::WriteValue("Latest_" + key, SettingValue(value));
     }
 }

@@ -4,6 +4,7 @@
 // Failures are the classic run-time faults (9 for a missing part, 13 for a part that is not a
 // number, 6 for one that does not fit 16 bits), so that the view's handler treats them alike.
 
+#include "device_link/core/ErrTrap.h"
 #include "services/strings/StrFormat.h"
 
 #include <string>
@@ -40,8 +41,21 @@ struct Answer {
 // second word, raises run-time error 9.
 Answer ParseAnswer(const std::string& text);
 
+// A version the server sent under the key "Software" that no compare could read.
+class BadVersion : public RuntimeFault {
+public:
+    explicit BadVersion(std::string value)
+        : RuntimeFault(rt::TypeMismatch, "Type mismatch"), value_(std::move(value)) {}
+    const std::string& Value() const { return value_; }
+
+private:
+    std::string value_;
+};
+
 // Writes each "key=value" item of the body under "Latest_" + key. An item without "=" raises
-// run-time error 9 after the items before it have been written.
+// run-time error 9 after the items before it have been written. A "Software" value that is not a
+// version (Text::IsVersion) is never written: it raises BadVersion there, so a broken or hostile
+// server cannot leave a value behind that fails every later compare.
 void StoreBody(const std::string& body);
 
 // True when `latest` is newer than `present`. Both are split at "." and taken as three parts; an

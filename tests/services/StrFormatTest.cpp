@@ -19,6 +19,16 @@ Bytes Of(std::initializer_list<int> values) {
     return out;
 }
 
+TEST(StrFormatTest, IsVersionTakesWhatEveryCompareCanRead) {
+    for (const char* good :
+         {"1.0.3", "0.3.010", "1.0", "7", "", " 1 . 2 . 3 ", "1..", "32767.-32768.+5", "1.2.3.x"}) {
+        EXPECT_TRUE(Text::IsVersion(good)) << good;
+    }
+    for (const char* bad : {"abc.1", "1.a.0", "1.x", "32768", "-32769", "1.2.3a", "-", "+.1", "1.0.0 beta"}) {
+        EXPECT_FALSE(Text::IsVersion(bad)) << bad;
+    }
+}
+
 TEST(StrFormatTest, HexToBytesOfAbcGivesAbAndC0AndLeavesTheTextAsAbc0) {
     std::string hex = "ABC";
     EXPECT_EQ(StrFormat::HexToBytes(hex), Of({0xAB, 0xC0}));

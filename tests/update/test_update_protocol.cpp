@@ -72,6 +72,21 @@ TEST(UpdateProtocol, BodyItemWithoutEqualsFailsAfterTheItemsBeforeIt) {
     EXPECT_EQ(AUF_Registry::ReadString("Latest_Firmware", "<none>"), "<none>");
 }
 
+TEST(UpdateProtocol, ASoftwareValueThatIsNotAVersionIsNeverStored) {
+    ScopedConfigDir config;
+    AUF_Registry::WriteValue("Latest_Software", SettingValue(std::string("1.0.0")));
+    try {
+        update::StoreBody("Firmware=0.4.0&software=abc.1&Extra=1");
+        ADD_FAILURE() << "a bad version was taken";
+    } catch (const update::BadVersion& e) {
+        EXPECT_EQ(e.Value(), "abc.1");
+        EXPECT_EQ(e.Number(), rt::TypeMismatch);
+    }
+    EXPECT_EQ(AUF_Registry::ReadString("Latest_Software"), "1.0.0") << "the value known before stays";
+    EXPECT_EQ(AUF_Registry::ReadString("Latest_Firmware"), "0.4.0");
+    EXPECT_EQ(AUF_Registry::ReadString("Latest_Extra", "<none>"), "<none>");
+}
+
 TEST(UpdateProtocol, PresentVersionOfFewerThanThreePartsComparesAsPaddedWithZero) {
     EXPECT_TRUE(update::IsNewer("1.0.1", "1.0"));
     EXPECT_FALSE(update::IsNewer("1.0.0", "1.0"));

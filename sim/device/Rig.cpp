@@ -351,7 +351,53 @@ std::string FormatUid(const std::array<uint8_t, 6>& uid) {
     return text;
 }
 
+namespace {
+
+// Rigs nest a few levels (ports, responders, sub devices, personalities, slots); anything far
+// deeper is refused before it is parsed, so that no copy or walk of the document can exhaust the
+// stack.
+constexpr int kMaxDepth = 64;
+
+void CheckDepth(const std::string& text, const std::string& file) {
+    int depth = 0;
+    bool inString = false;
+    bool escaped = false;
+    size_t line = 1;
+    size_t column = 0;
+    for (const char c : text) {
+        ++column;
+        if (c == '\n') {
+            ++line;
+            column = 0;
+        }
+        if (inString) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == '\\') {
+                escaped = true;
+            } else if (c == '"') {
+                inString = false;
+            }
+            continue;
+        }
+        if (c == '"') {
+            inString = true;
+        } else if (c == '{' || c == '[') {
+            if (++depth > kMaxDepth) {
+                throw RigError(file + ": line " + std::to_string(line) + ", column " +
+                               std::to_string(column) + ": nested deeper than " + std::to_string(kMaxDepth) +
+                               " levels");
+            }
+        } else if ((c == '}' || c == ']') && depth > 0) {
+            --depth;
+        }
+    }
+}
+
+} // namespace
+
 Rig ParseRig(const std::string& text, const std::string& file) {
+    CheckDepth(text, file);
     json doc;
     try {
         doc = json::parse(text);

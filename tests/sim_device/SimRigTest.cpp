@@ -51,6 +51,21 @@ TEST(SimRig, SyntaxErrorNamesFileLineAndColumn) {
               "line 3, column 18: not valid JSON");
 }
 
+TEST(SimRig, AValueNestedTenThousandDeepIsRefusedWithItsPlaceAndNotACrash) {
+    SimHarness h("default", 0);
+    std::string deep = "{\n \"name\": \"deep\",\n \"comment\": ";
+    deep += std::string(10000, '[') + std::string(10000, ']');
+    deep += ",\n \"ports\": []\n}\n";
+    // The document is level 1; the first bracket stands at column 13 of line 3, so the 64th bracket
+    // (column 76) is the first one too deep.
+    EXPECT_EQ(Refusal(h, "deep.json", deep), "line 3, column 76: nested deeper than 64 levels");
+}
+
+TEST(SimRig, BracketsInsideTextsDoNotCountAsNesting) {
+    std::string rig = "{\"name\": \"" + std::string(100, '[') + "\\\"{\", \"ports\": [{\"name\": \"A\"}]}";
+    EXPECT_NO_THROW(ParseRig(rig, "brackets.json"));
+}
+
 TEST(SimRig, AMissingFileIsNamed) {
     SimHarness h("default", 0);
     std::string reply;

@@ -4,6 +4,8 @@
 #include "device_link/core/ErrTrap.h"
 #include "device_link/views/LoadFailure.h"
 #include "framework/bindings/HCF_Text.h"
+#include "framework/form/Forms.h"
+#include "framework/seam/LoopClock.h"
 #include "framework/seam/UiSeam.h"
 #include "services/strings/StrFormat.h"
 
@@ -88,6 +90,14 @@ Config_Frame::Config_Frame(QWidget* parent) : FormView(kName, parent) {
     buttons->addStretch(1);
     buttons->addWidget(buttonOK_);
 
+    timerDie_ = new LoopTimer(QStringLiteral("Timer_Die"), 1, this);
+    connect(timerDie_, &LoopTimer::timeout, this, [this] {
+        timerDie_->SetEnabled(false);
+        if (Forms::IsOpen(this)) {
+            Form()->BugOut(timerDie_->Tag);
+        }
+    });
+
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);
     layout->addSpacing(6);
@@ -118,10 +128,21 @@ void Config_Frame::Form_Load() {
             return;
         }
     }
-    inputs_[kFrameRate]->AfterUpdate = [this](std::string& value) { Input_FrameRate_AfterUpdate(value); };
-    inputs_[kBreakTime]->AfterUpdate = [this](std::string& value) { Input_BreakTime_AfterUpdate(value); };
-    inputs_[kMarkTime]->AfterUpdate = [this](std::string& value) { Input_MarkTime_AfterUpdate(value); };
-    inputs_[kDelayTime]->AfterUpdate = [this](std::string& value) { Input_DelayTime_AfterUpdate(value); };
+    // The fields' events run inside their bindings: a failure there closes the view afterwards.
+    const auto fieldEvent = [this](void (Config_Frame::*event)(std::string&)) {
+        return [this, event](std::string& value) {
+            inFieldEvent_ = true;
+            struct Leave {
+                bool& flag;
+                ~Leave() { flag = false; }
+            } leave{inFieldEvent_};
+            (this->*event)(value);
+        };
+    };
+    inputs_[kFrameRate]->AfterUpdate = fieldEvent(&Config_Frame::Input_FrameRate_AfterUpdate);
+    inputs_[kBreakTime]->AfterUpdate = fieldEvent(&Config_Frame::Input_BreakTime_AfterUpdate);
+    inputs_[kMarkTime]->AfterUpdate = fieldEvent(&Config_Frame::Input_MarkTime_AfterUpdate);
+    inputs_[kDelayTime]->AfterUpdate = fieldEvent(&Config_Frame::Input_DelayTime_AfterUpdate);
     buttonOK_->setEnabled(true);
 }
 
@@ -148,7 +169,19 @@ bool Config_Frame::RunStatement(const std::string& procedure, const std::functio
                                 const std::function<bool(int32_t)>& special) {
     return ErrTrap::Device(
         std::string(kSource) + "." + procedure, kRetryTitle, statement,
-        [this](int32_t code) { Form()->BugOut(code); }, special);
+        [this](int32_t code) {
+            if (inFieldEvent_) {
+                DeferBugOut(code);
+            } else {
+                Form()->BugOut(code);
+            }
+        },
+        special);
+}
+
+void Config_Frame::DeferBugOut(int32_t code) {
+    timerDie_->Tag = code;
+    timerDie_->SetEnabled(true);
 }
 
 void Config_Frame::ShowRange(Quantity quantity, const std::string& procedure) {
@@ -190,9 +223,10 @@ void Config_Frame::Input_FrameRate_AfterUpdate(std::string& value) {
     }
     // The device may have moved the time out to suit the new rate.
     RunStatement(procedure, [this] {
-        const std::string delay = std::to_string(Client::GetDelayTime(1));
-        if (delay != Shown(inputs_[kDelayTime])) {
-            inputs_[kDelayTime]->Text(delay);
+        // Compared as numbers: a time out typed as "05" is the 5 the device reads back.
+        const int32_t delay = Client::GetDelayTime(1);
+        if (delay != ToNumber(Shown(inputs_[kDelayTime]))) {
+            inputs_[kDelayTime]->Text(std::to_string(delay));
             ui().MsgBox("The RX Time Out has been adjusted for the new value", vb::Information,
                         std::string("Frame Rate"));
         }

@@ -18,6 +18,7 @@ class QPushButton;
 namespace zol {
 
 class HCF_Text;
+class LoopTimer;
 
 class Config_Frame : public FormView {
     Q_OBJECT
@@ -60,9 +61,15 @@ private:
     bool Write(Quantity quantity, const std::string& procedure, const std::string& value);
     // The range case: the device's limits, then the field back to its former text.
     void ShowRange(Quantity quantity, const std::string& procedure);
+    // In a field's event a failure that closes the view does so through Timer_Die, once the event
+    // is over; elsewhere at once.
     bool RunStatement(const std::string& procedure, const std::function<void()>& statement,
                       const std::function<bool(int32_t)>& special = {});
     static int32_t ToNumber(const std::string& value);
+    // Closes the view with `code` one millisecond after the field's event that failed.
+    void DeferBugOut(int32_t code);
+    LoopTimer* timerDie_ = nullptr;
+    bool inFieldEvent_ = false;
     static const Access& AccessOf(Quantity quantity);
 
     std::array<QLineEdit*, 4> boxes_{};

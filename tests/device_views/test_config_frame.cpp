@@ -7,6 +7,7 @@
 #include "framework/form/Forms.h"
 #include "framework/form/HCF_Form.h"
 #include "tests/device_views/ViewTestSupport.h"
+#include "tests/support/FakeClock.h"
 #include "tests/support/ScopedConfigDir.h"
 #include "tests/support/ScriptedUi.h"
 
@@ -59,6 +60,7 @@ protected:
     ScopedConfigDir config;
     ScriptedUi ui;
     ScriptedDeviceLibrary device;
+    test::FakeClock clock;
     FrameModel model;
     std::shared_ptr<HCF_Form> root;
     std::shared_ptr<HCF_Form> form;
@@ -137,6 +139,19 @@ TEST_F(ConfigFrameTest, FrameRateThatChangesNothingElseShowsNoBox) {
     EXPECT_TRUE(ui.boxes.empty());
     EXPECT_EQ(model.rate.value, 44);
     EXPECT_EQ(Shown(view->Input_DelayTime()), "3");
+}
+
+TEST_F(ConfigFrameTest, ATimeOutTypedWithALeadingZeroIsTheSameNumberSoAFrameRateChangeShowsNoBox) {
+    model.coupled = false;
+    model.Attach(device);
+    ASSERT_NE(Open(), nullptr);
+    Type(view->Input_DelayTime(), "05");
+    EXPECT_EQ(model.delay.value, 5);
+    ASSERT_EQ(Shown(view->Input_DelayTime()), "05");
+    Type(view->Input_FrameRate(), "30");
+    EXPECT_EQ(model.rate.value, 30);
+    EXPECT_TRUE(ui.boxes.empty()) << "5 read back equals the 05 shown";
+    EXPECT_EQ(Shown(view->Input_DelayTime()), "05");
 }
 
 TEST_F(ConfigFrameTest, ValueBelowTheDeviceMinimumShowsItsTrueRangeAndTheFieldReturnsToTheOldText) {
@@ -238,6 +253,8 @@ TEST_F(ConfigFrameTest, WrongModeForTheFrameRateIsShownAndClosesTheView) {
     ui.Expect("Local device not in correct mode for request", vb::OK,
               std::string("Config_Frame.Input_FrameRate_AfterUpdate"));
     Type(view->Input_FrameRate(), "20");
+    EXPECT_TRUE(IsOpen()) << "the field's event is not the place to close the view";
+    clock.AdvanceMs(1);
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(form->ReturnCode(), 0);
 }
@@ -265,6 +282,8 @@ TEST_F(ConfigFrameTest, LostConnectionCancelledClosesTheViewWithTheCommsError) {
     device.Expect(B({18, 30}), -3);
     ui.Answer(vb::Cancel);
     Type(view->Input_FrameRate(), "30");
+    EXPECT_TRUE(IsOpen());
+    clock.AdvanceMs(1);
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(form->ReturnCode(), err::ErrSYS_Comms);
 }
@@ -275,6 +294,8 @@ TEST_F(ConfigFrameTest, DeviceGoneClosesTheViewWithNoMessage) {
     device.Expect(B({20, 16, 0}), -2);
     Type(view->Input_MarkTime(), "16");
     EXPECT_TRUE(ui.boxes.empty());
+    EXPECT_TRUE(IsOpen());
+    clock.AdvanceMs(1);
     EXPECT_FALSE(IsOpen());
     EXPECT_EQ(form->ReturnCode(), err::ErrAPI_DeviceMissig);
 }

@@ -67,11 +67,13 @@ bool FDF_Port::FindLast() {
 void FDF_Port::Seize() {
     const std::string source = "FDF_Port.Seize";
     int32_t code = 0;
+    bool opened = false;
     try {
         if (!ready_) {
             ErrTrap::RaiseLocal("No port elected to enguage");
         }
         Client::OpenPort(index_);
+        opened = true;
         iState_->Probe(false);
         std::string derogationText = AUF_Registry::ReadString("DerogationCode");
         if (derogationText.size() == 6) {
@@ -97,6 +99,15 @@ void FDF_Port::Seize() {
         return;
     } catch (const std::exception&) {
         code = ErrTrap::Capture(std::current_exception());
+    }
+    if (opened) {
+        // The port was opened but never came into use: the library must not go on holding it, or
+        // every later connect would find it in the wrong mode. A device that has gone away cannot
+        // be closed either; the error in hand is the one that counts.
+        try {
+            Client::ClosePort();
+        } catch (const std::exception&) {
+        }
     }
     switch (code) {
     case err::ErrAPI_Connection:

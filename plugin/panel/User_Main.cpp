@@ -351,6 +351,7 @@ void User_Main::Seize() {
     });
     if (code != 0) {
         HandleConnectionError(kView + ".Image_Plug_Click");
+        ShowPortState();
     }
 }
 
@@ -366,6 +367,17 @@ void User_Main::Release() {
     });
     if (code != 0) {
         HandleConnectionError(kView + " - Action Port Release");
+        ShowPortState();
+    }
+}
+
+void User_Main::ShowPortState() {
+    // After a failed connect or disconnect the panel shows the state the port is really in, with
+    // both plugs usable again.
+    imagePlug_[0]->setEnabled(true);
+    imagePlug_[1]->setEnabled(true);
+    if (control_) {
+        UpdateView();
     }
 }
 

@@ -53,6 +53,7 @@ private:
     // The repaint after a failed connect or disconnect.
     void HandleConnectionError(const std::string& source);
     void ShowDisconnected();
+    void ShowPortState();
 
     // The openings of other views.
     void OpenConfigPort(const std::string& source);

@@ -450,5 +450,43 @@ TEST_F(PanelTest, SeizeFailingWithAConnectionErrorLeavesDisconnectedAndThePlugUs
     EXPECT_EQ(Status(panel), "Connected");
 }
 
+TEST_F(PanelTest, AFailureDuringTheConnectProbeLeavesThePortReleasedAndThePanelDisconnectedAndUsable) {
+    RememberPort("ZOL USB 1");
+    User_Main* panel = OpenPanel();
+    Sim("fail command -3 50");
+    // The boxes of the probe, of the port and of the panel stay as they were.
+    ui.Expect("Local device is not responding", vb::OK, std::string("DEV_Status.ProbeFactory"));
+    ui.Expect("Local device is not responding", vb::OK, std::string("FDF_Port.Seize"));
+    ui.Expect("Local device is not responding", vb::OK, std::string("User_Main.Image_Plug_Click"));
+    Click(panel, "Image_Plug_1");
+    EXPECT_FALSE(control->Port()->InUse());
+    EXPECT_NE(Sim("state").find("open=no"), std::string::npos) << Sim("state");
+    EXPECT_EQ(Status(panel), "Disconnected");
+    EXPECT_TRUE(Widget(panel, "Image_Plug_1")->isVisible());
+    EXPECT_TRUE(Widget(panel, "Image_Plug_1")->isEnabled());
+    // The device answers again: the next connect works.
+    Sim("fail clear");
+    Click(panel, "Image_Plug_1");
+    EXPECT_TRUE(control->Port()->InUse());
+    EXPECT_EQ(Status(panel), "Connected");
+}
+
+TEST_F(PanelTest, ADeviceLostDuringTheConnectProbeLeavesThePortReleasedAndThePanelDisconnected) {
+    RememberPort("ZOL USB 1");
+    User_Main* panel = OpenPanel();
+    Sim("fail command -2 50");
+    ui.Expect("Local device has been disconnected", vb::OK, std::string("DEV_Status.ProbeFactory"));
+    ui.Expect("Local device has been disconnected", vb::OK, std::string("FDF_Port.Seize"));
+    ui.Expect("Local device has been disconnected", vb::OK, std::string("User_Main.Image_Plug_Click"));
+    Click(panel, "Image_Plug_1");
+    EXPECT_FALSE(control->Port()->InUse());
+    EXPECT_NE(Sim("state").find("open=no"), std::string::npos) << Sim("state");
+    EXPECT_EQ(Status(panel), "Disconnected");
+    EXPECT_TRUE(Widget(panel, "Image_Plug_1")->isEnabled());
+    Sim("fail clear");
+    Click(panel, "Image_Plug_1");
+    EXPECT_EQ(Status(panel), "Connected");
+}
+
 } // namespace
 } // namespace zol::test
